@@ -1,0 +1,177 @@
+#include "support.h"
+
+namespace test {
+
+HMODULE library() {
+    static HMODULE module = LoadLibraryW(L"TOVA200.DLL");
+    return module;
+}
+
+DISPID dispid(IDispatch* d, const wchar_t* name) {
+    DISPID id = DISPID_UNKNOWN;
+    LPOLESTR n = const_cast<LPOLESTR>(name);
+    d->GetIDsOfNames(IID_NULL, &n, 1, LOCALE_USER_DEFAULT, &id);
+    return id;
+}
+
+void call(CallResult& r, IDispatch* d, const wchar_t* name, WORD flags, std::vector<VARIANT> args,
+          std::vector<const wchar_t*> named) {
+    std::vector<LPOLESTR> names{const_cast<LPOLESTR>(name)};
+    for (const wchar_t* n : named) names.push_back(const_cast<LPOLESTR>(n));
+    std::vector<DISPID> ids(names.size(), DISPID_UNKNOWN);
+    r.hr = d->GetIDsOfNames(IID_NULL, names.data(), static_cast<UINT>(names.size()), LOCALE_USER_DEFAULT, ids.data());
+    if (FAILED(r.hr)) return;
+    // rgvarg: named arguments first (in the order of their DISPIDs), then positional ones reversed.
+    const size_t nNamed = named.size(), nPos = args.size() - nNamed;
+    std::vector<VARIANT> rg;
+    std::vector<DISPID> namedIds;
+    for (size_t i = 0; i < nNamed; ++i) {
+        rg.push_back(args[nPos + i]);
+        namedIds.push_back(ids[1 + i]);
+    }
+    for (size_t i = nPos; i-- > 0;) rg.push_back(args[i]);
+    DISPPARAMS dp{rg.empty() ? nullptr : rg.data(), namedIds.empty() ? nullptr : namedIds.data(),
+                  static_cast<UINT>(rg.size()), static_cast<UINT>(nNamed)};
+    r.hr = d->Invoke(ids[0], IID_NULL, LOCALE_USER_DEFAULT, flags, &dp, &r.value, &r.excep, &r.argErr);
+}
+
+HRESULT put(IDispatch* d, const wchar_t* name, VARIANT value, WORD flags) {
+    DISPID id = dispid(d, name);
+    DISPID putId = DISPID_PROPERTYPUT;
+    DISPPARAMS dp{&value, &putId, 1, 1};
+    return d->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &dp, nullptr, nullptr, nullptr);
+}
+
+VARIANT vLong(long v) { VARIANT x; VariantInit(&x); V_VT(&x) = VT_I4; V_I4(&x) = v; return x; }
+VARIANT vDouble(double v) { VARIANT x; VariantInit(&x); V_VT(&x) = VT_R8; V_R8(&x) = v; return x; }
+VARIANT vRef(VARIANT* t) { VARIANT x; VariantInit(&x); V_VT(&x) = VT_BYREF | VT_VARIANT; V_VARIANTREF(&x) = t; return x; }
+VARIANT vLongRef(long* t) { VARIANT x; VariantInit(&x); V_VT(&x) = VT_BYREF | VT_I4; V_I4REF(&x) = t; return x; }
+VARIANT vMissing() { VARIANT x; VariantInit(&x); V_VT(&x) = VT_ERROR; V_ERROR(&x) = DISP_E_PARAMNOTFOUND; return x; }
+VARIANT vObject(IDispatch* d) { VARIANT x; VariantInit(&x); V_VT(&x) = VT_DISPATCH; V_DISPATCH(&x) = d; return x; }
+
+IRecordInfo* rectInfo() {
+    static IRecordInfo* info = [] {
+        IRecordInfo* r = nullptr;
+        auto rect = newRectangle();
+        ComPtr<IDispatch> d = rect.as<IDispatch>(IID_IDispatch);
+        CallResult c;
+        call(c, d.get(), L"RECT", DISPATCH_PROPERTYGET, {});
+        if (V_VT(&c.value) == VT_RECORD) { r = V_RECORDINFO(&c.value); r->AddRef(); }
+        return r;
+    }();
+    return info;
+}
+
+Variant longArray(std::initializer_list<long> values) {
+    Variant v;
+    SAFEARRAYBOUND b{static_cast<ULONG>(values.size()), 0};
+    SAFEARRAY* sa = SafeArrayCreate(VT_VARIANT, 1, &b);
+    LONG i = 0;
+    for (long x : values) {
+        Variant e(x);
+        SafeArrayPutElement(sa, &i, &e);
+        ++i;
+    }
+    V_VT(&v) = VT_ARRAY | VT_VARIANT;
+    V_ARRAY(&v) = sa;
+    return v;
+}
+
+std::vector<long> arrayLongs(const VARIANT& v) {
+    std::vector<long> out;
+    if (!(V_VT(&v) & VT_ARRAY)) return out;
+    SAFEARRAY* sa = V_ARRAY(&v);
+    LONG lb = 0, ub = -1;
+    SafeArrayGetLBound(sa, 1, &lb);
+    SafeArrayGetUBound(sa, 1, &ub);
+    for (LONG i = lb; i <= ub; ++i) {
+        Variant e, l;
+        SafeArrayGetElement(sa, &i, &e);
+        VariantChangeType(&l, &e, 0, VT_I4);
+        out.push_back(V_I4(&l));
+    }
+    return out;
+}
+
+STDMETHODIMP Sink::QueryInterface(REFIID riid, void** ppv) {
+    if (riid == IID_IUnknown || riid == IID_IDispatch) {
+        *ppv = static_cast<IDispatch*>(this);
+        AddRef();
+        return S_OK;
+    }
+    *ppv = nullptr;
+    return E_NOINTERFACE;
+}
+
+STDMETHODIMP_(ULONG) Sink::Release() { return --refs_; }  // lives on the test's stack
+
+STDMETHODIMP Sink::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) {
+    Call c{id, {}};
+    for (UINT i = p->cArgs; i-- > 0;) {
+        Variant copy;
+        VARIANT& a = p->rgvarg[i];
+        if (V_VT(&a) == (VT_RECORD | VT_BYREF)) {
+            // Keep a by-value copy of the record.
+            V_VT(&copy) = VT_RECORD;
+            V_RECORDINFO(&copy) = V_RECORDINFO(&a);
+            V_RECORDINFO(&copy)->AddRef();
+            V_RECORDINFO(&a)->RecordCreateCopy(V_RECORD(&a), &V_RECORD(&copy));
+        } else {
+            VariantCopyInd(&copy, &a);
+        }
+        c.args.push_back(std::move(copy));
+    }
+    calls.push_back(std::move(c));
+    if (handler) handler(id, p);
+    return S_OK;
+}
+
+void Sink::connect(IUnknown* source, REFIID iid) {
+    ComPtr<IConnectionPointContainer> cpc;
+    source->QueryInterface(IID_IConnectionPointContainer, cpc.putVoid());
+    ASSERT_TRUE(cpc);
+    ASSERT_EQ(S_OK, cpc->FindConnectionPoint(iid, point_.put()));
+    ASSERT_EQ(S_OK, point_->Advise(static_cast<IDispatch*>(this), &cookie_));
+}
+
+void Sink::disconnect() {
+    if (point_ && cookie_) point_->Unadvise(cookie_);
+    point_.reset();
+    cookie_ = 0;
+}
+
+Canvas::Canvas(int width, int height, COLORREF background) : width_(width), height_(height) {
+    BITMAPINFO bi{};
+    bi.bmiHeader.biSize = sizeof bi.bmiHeader;
+    bi.bmiHeader.biWidth = width;
+    bi.bmiHeader.biHeight = -height;  // top-down
+    bi.bmiHeader.biPlanes = 1;
+    bi.bmiHeader.biBitCount = 32;
+    dc_ = CreateCompatibleDC(nullptr);
+    bitmap_ = CreateDIBSection(dc_, &bi, DIB_RGB_COLORS, reinterpret_cast<void**>(&bits_), nullptr, 0);
+    old_ = SelectObject(dc_, bitmap_);
+    for (int i = 0; i < width * height; ++i)
+        bits_[i] = (GetRValue(background) << 16) | (GetGValue(background) << 8) | GetBValue(background);
+}
+
+Canvas::~Canvas() {
+    SelectObject(dc_, old_);
+    DeleteObject(bitmap_);
+    DeleteDC(dc_);
+}
+
+COLORREF Canvas::pixel(int x, int y) const {
+    GdiFlush();
+    DWORD p = bits_[y * width_ + x];
+    return RGB((p >> 16) & 0xFF, (p >> 8) & 0xFF, p & 0xFF);
+}
+
+}  // namespace test
+
+int main(int argc, char** argv) {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    testing::InitGoogleTest(&argc, argv);
+    int rc = RUN_ALL_TESTS();
+    CoUninitialize();
+    return rc;
+}

@@ -1,0 +1,121 @@
+// What the tests share: the DLL loaded as a client loads it, object creation
+// through its class factories, late-bound calls and an event sink.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "frame/typelib.h"
+#include "frame/values.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace test {
+
+using tova::Bstr;
+using tova::ComPtr;
+using tova::Variant;
+
+// TOVA200.DLL, loaded from the test program's folder (not through the registry).
+HMODULE library();
+
+// Creates an object of `clsid` through the DLL's DllGetClassObject.
+template <class I>
+ComPtr<I> create(REFCLSID clsid, REFIID iid) {
+    using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+    auto get = reinterpret_cast<GetClassObject>(GetProcAddress(library(), "DllGetClassObject"));
+    ComPtr<IClassFactory> factory;
+    ComPtr<I> object;
+    if (get && SUCCEEDED(get(clsid, IID_IClassFactory, factory.putVoid())))
+        factory->CreateInstance(nullptr, iid, object.putVoid());
+    return object;
+}
+
+inline ComPtr<_Rectangle> newRectangle() { return create<_Rectangle>(CLSID_Rectangle, IID__Rectangle); }
+
+// A late-bound call by name. `args` are in declaration order; `named` gives
+// names for the last named.size() arguments.
+struct CallResult {
+    HRESULT hr = E_FAIL;
+    Variant value;
+    EXCEPINFO excep{};
+    UINT argErr = UINT_MAX;
+    ~CallResult() {
+        SysFreeString(excep.bstrSource);
+        SysFreeString(excep.bstrDescription);
+        SysFreeString(excep.bstrHelpFile);
+    }
+    std::wstring source() const { return excep.bstrSource ? excep.bstrSource : L""; }
+    std::wstring description() const { return excep.bstrDescription ? excep.bstrDescription : L""; }
+};
+
+DISPID dispid(IDispatch* d, const wchar_t* name);
+void call(CallResult& r, IDispatch* d, const wchar_t* name, WORD flags, std::vector<VARIANT> args,
+          std::vector<const wchar_t*> named = {});
+// Property put with the value as the named DISPID_PROPERTYPUT argument.
+HRESULT put(IDispatch* d, const wchar_t* name, VARIANT value, WORD flags = DISPATCH_PROPERTYPUT);
+
+// Variant helpers (shallow: the caller keeps what they point at alive).
+VARIANT vLong(long v);
+VARIANT vDouble(double v);
+VARIANT vRef(VARIANT* target);      // VT_BYREF|VT_VARIANT
+VARIANT vLongRef(long* target);     // VT_BYREF|VT_I4
+VARIANT vMissing();
+VARIANT vObject(IDispatch* d);
+
+// Records of the library, for late-bound calls.
+IRecordInfo* rectInfo();
+// A Variant array of Longs.
+Variant longArray(std::initializer_list<long> values);
+std::vector<long> arrayLongs(const VARIANT& v);
+
+// An event sink that records what it receives and can run a handler.
+class Sink : public IDispatch {
+public:
+    struct Call {
+        DISPID id;
+        std::vector<Variant> args;   // in declaration order, dereferenced copies
+    };
+    std::vector<Call> calls;
+    std::function<void(DISPID, DISPPARAMS*)> handler;
+
+    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override;
+    STDMETHODIMP_(ULONG) AddRef() override { return ++refs_; }
+    STDMETHODIMP_(ULONG) Release() override;
+    STDMETHODIMP GetTypeInfoCount(UINT* n) override { *n = 0; return S_OK; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override;
+
+    // Connects to `source` for event interface `iid`; disconnects when destroyed.
+    void connect(IUnknown* source, REFIID iid);
+    void disconnect();
+    ~Sink() { disconnect(); }
+
+private:
+    long refs_ = 1;
+    ComPtr<IConnectionPoint> point_;
+    DWORD cookie_ = 0;
+};
+
+// A 32-bit device-independent bitmap selected into a memory DC, for pixel checks.
+class Canvas {
+public:
+    Canvas(int width, int height, COLORREF background = RGB(1, 2, 3));
+    ~Canvas();
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+    HDC dc() const { return dc_; }
+    long handle() const { return static_cast<long>(reinterpret_cast<LONG_PTR>(dc_)); }
+    COLORREF pixel(int x, int y) const;
+
+private:
+    HDC dc_;
+    HBITMAP bitmap_;
+    HGDIOBJ old_;
+    DWORD* bits_ = nullptr;
+    int width_, height_;
+};
+
+}  // namespace test

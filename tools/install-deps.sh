@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the build, the tests and the demo need.
+# Safe to run again: it does nothing when everything is present.
+set -euo pipefail
+
+pkgs=(wine wine32:i386 wine64 libwine-dev g++-mingw-w64-i686 g++-mingw-w64-x86-64
+      mingw-w64-tools cmake ninja-build googletest xvfb xauth)
+
+missing=()
+for p in "${pkgs[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+sudo=""
+[ "$(id -u)" -eq 0 ] || sudo="sudo"
+export DEBIAN_FRONTEND=noninteractive
+$sudo dpkg --add-architecture i386
+# A failing i386 security index is reported as an error; the main index is enough.
+$sudo apt-get update || true
+$sudo apt-get install -y -t bookworm --no-install-recommends "${pkgs[@]}"
