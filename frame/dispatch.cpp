@@ -169,7 +169,7 @@ void resolve(ITypeInfo* owner, const TYPEDESC& td, TypeRef& out, int depth) {
     case VT_SAFEARRAY: {
         TypeRef element;
         resolve(owner, *td.lptdesc, element, depth + 1);
-        out.vt = VT_ARRAY | (element.vt == VT_RECORD ? VT_RECORD : element.vt);
+        out.vt = VT_ARRAY | element.vt;
         out.record = element.record;
         return;
     }

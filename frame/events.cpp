@@ -41,78 +41,62 @@ IRecordInfo* pointRecord() {
 
 }  // namespace
 
-EventArgs& EventArgs::add(VARTYPE vt, void* p) {
+namespace {
+
+VARIANTARG argument(VARTYPE vt) {
     VARIANTARG a;
     VariantInit(&a);
     V_VT(&a) = vt;
+    return a;
+}
+
+VARIANTARG recordArgument(void* record, IRecordInfo* info) {
+    VARIANTARG a = argument(VT_RECORD | VT_BYREF);
+    V_RECORD(&a) = record;
+    V_RECORDINFO(&a) = info;
+    return a;
+}
+
+}  // namespace
+
+EventArgs& EventArgs::add(VARTYPE vt, void* p) {
+    VARIANTARG a = argument(vt);
     V_BYREF(&a) = p;
+    return push(a);
+}
+
+EventArgs& EventArgs::push(const VARIANTARG& a) {
     args_.push_back(a);
     return *this;
 }
 
-EventArgs& EventArgs::ref(TOVA_RECT& r) {
-    VARIANTARG a;
-    VariantInit(&a);
-    V_VT(&a) = VT_RECORD | VT_BYREF;
-    V_RECORD(&a) = &r;
-    V_RECORDINFO(&a) = rectRecord();
-    args_.push_back(a);
-    return *this;
-}
-
-EventArgs& EventArgs::ref(POINTAPI& p) {
-    VARIANTARG a;
-    VariantInit(&a);
-    V_VT(&a) = VT_RECORD | VT_BYREF;
-    V_RECORD(&a) = &p;
-    V_RECORDINFO(&a) = pointRecord();
-    args_.push_back(a);
-    return *this;
-}
+EventArgs& EventArgs::ref(TOVA_RECT& r) { return push(recordArgument(&r, rectRecord())); }
+EventArgs& EventArgs::ref(POINTAPI& p) { return push(recordArgument(&p, pointRecord())); }
 
 EventArgs& EventArgs::val(long v) {
-    VARIANTARG a;
-    VariantInit(&a);
-    V_VT(&a) = VT_I4;
+    VARIANTARG a = argument(VT_I4);
     V_I4(&a) = v;
-    args_.push_back(a);
-    return *this;
+    return push(a);
 }
-
 EventArgs& EventArgs::val(double v) {
-    VARIANTARG a;
-    VariantInit(&a);
-    V_VT(&a) = VT_R8;
+    VARIANTARG a = argument(VT_R8);
     V_R8(&a) = v;
-    args_.push_back(a);
-    return *this;
+    return push(a);
 }
-
 EventArgs& EventArgs::valBool(VARIANT_BOOL v) {
-    VARIANTARG a;
-    VariantInit(&a);
-    V_VT(&a) = VT_BOOL;
+    VARIANTARG a = argument(VT_BOOL);
     V_BOOL(&a) = v;
-    args_.push_back(a);
-    return *this;
+    return push(a);
 }
-
 EventArgs& EventArgs::val(IDispatch* v) {
-    VARIANTARG a;
-    VariantInit(&a);
-    V_VT(&a) = VT_DISPATCH;
+    VARIANTARG a = argument(VT_DISPATCH);
     V_DISPATCH(&a) = v;
-    args_.push_back(a);
-    return *this;
+    return push(a);
 }
-
 EventArgs& EventArgs::val(BSTR v) {
-    VARIANTARG a;
-    VariantInit(&a);
-    V_VT(&a) = VT_BSTR;
+    VARIANTARG a = argument(VT_BSTR);
     V_BSTR(&a) = v;
-    args_.push_back(a);
-    return *this;
+    return push(a);
 }
 
 DISPPARAMS EventArgs::params() {

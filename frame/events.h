@@ -31,6 +31,7 @@ public:
 
 private:
     EventArgs& add(VARTYPE vt, void* p);
+    EventArgs& push(const VARIANTARG& a);
     std::vector<VARIANTARG> args_;
     std::vector<VARIANTARG> reversed_;
 };

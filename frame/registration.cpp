@@ -115,7 +115,18 @@ void forEachInterface(F fn) {
     }
 }
 
-bool isRegistered(const ClassEntry& e) { return e.instancing != Instancing::NotCreatable; }
+// Calls `fn(entry, progId, clsidKey)` for every class clients create through the registry.
+template <class F>
+bool forEachRegisteredClass(F fn) {
+    size_t count = 0;
+    const ClassEntry* entries = classEntries(&count);
+    for (size_t i = 0; i < count; ++i) {
+        const ClassEntry& e = entries[i];
+        if (e.instancing == Instancing::NotCreatable) continue;
+        if (!fn(e, std::wstring(kProgIdPrefix) + e.name, L"CLSID\\" + guidText(*e.clsid))) return false;
+    }
+    return true;
+}
 
 }  // namespace
 
@@ -128,27 +139,22 @@ HRESULT registerServer(RegistrationScope scope) {
     LONG rc = openRoot(scope, root);
     if (rc != ERROR_SUCCESS) return HRESULT_FROM_WIN32(rc);
 
-    size_t count = 0;
-    const ClassEntry* entries = classEntries(&count);
-    for (size_t i = 0; i < count; ++i) {
-        const ClassEntry& e = entries[i];
-        if (!isRegistered(e)) continue;
-        const std::wstring progId = std::wstring(kProgIdPrefix) + e.name;
+    bool classesOk = forEachRegisteredClass([&](const ClassEntry& e, const std::wstring& progId,
+                                                const std::wstring& clsidKey) {
         const std::wstring clsid = guidText(*e.clsid);
-        const std::wstring clsidKey = L"CLSID\\" + clsid;
         RegKey k;
-        bool ok = k.create(root.get(), progId) == ERROR_SUCCESS && k.set(nullptr, e.name) == ERROR_SUCCESS &&
-                  k.create(root.get(), progId + L"\\CLSID") == ERROR_SUCCESS && k.set(nullptr, clsid) == ERROR_SUCCESS &&
-                  k.create(root.get(), clsidKey) == ERROR_SUCCESS && k.set(nullptr, e.name) == ERROR_SUCCESS &&
-                  k.create(root.get(), clsidKey + L"\\InprocServer32") == ERROR_SUCCESS &&
-                  k.set(nullptr, path) == ERROR_SUCCESS && k.set(L"ThreadingModel", L"Apartment") == ERROR_SUCCESS &&
-                  k.create(root.get(), clsidKey + L"\\ProgID") == ERROR_SUCCESS && k.set(nullptr, progId) == ERROR_SUCCESS &&
-                  k.create(root.get(), clsidKey + L"\\VersionIndependentProgID") == ERROR_SUCCESS &&
-                  k.set(nullptr, progId) == ERROR_SUCCESS &&
-                  k.create(root.get(), clsidKey + L"\\TypeLib") == ERROR_SUCCESS && k.set(nullptr, lib.libid) == ERROR_SUCCESS &&
-                  k.create(root.get(), clsidKey + L"\\Version") == ERROR_SUCCESS && k.set(nullptr, lib.version) == ERROR_SUCCESS;
-        if (!ok) return SELFREG_E_CLASS;
-    }
+        return k.create(root.get(), progId) == ERROR_SUCCESS && k.set(nullptr, e.name) == ERROR_SUCCESS &&
+               k.create(root.get(), progId + L"\\CLSID") == ERROR_SUCCESS && k.set(nullptr, clsid) == ERROR_SUCCESS &&
+               k.create(root.get(), clsidKey) == ERROR_SUCCESS && k.set(nullptr, e.name) == ERROR_SUCCESS &&
+               k.create(root.get(), clsidKey + L"\\InprocServer32") == ERROR_SUCCESS &&
+               k.set(nullptr, path) == ERROR_SUCCESS && k.set(L"ThreadingModel", L"Apartment") == ERROR_SUCCESS &&
+               k.create(root.get(), clsidKey + L"\\ProgID") == ERROR_SUCCESS && k.set(nullptr, progId) == ERROR_SUCCESS &&
+               k.create(root.get(), clsidKey + L"\\VersionIndependentProgID") == ERROR_SUCCESS &&
+               k.set(nullptr, progId) == ERROR_SUCCESS &&
+               k.create(root.get(), clsidKey + L"\\TypeLib") == ERROR_SUCCESS && k.set(nullptr, lib.libid) == ERROR_SUCCESS &&
+               k.create(root.get(), clsidKey + L"\\Version") == ERROR_SUCCESS && k.set(nullptr, lib.version) == ERROR_SUCCESS;
+    });
+    if (!classesOk) return SELFREG_E_CLASS;
 
     bool ok = true;
     forEachInterface([&](REFGUID iid, const std::wstring& name) {
@@ -179,14 +185,11 @@ HRESULT unregisterServer(RegistrationScope scope) {
     LONG rc = openRoot(scope, root);
     if (rc != ERROR_SUCCESS) return HRESULT_FROM_WIN32(rc);
 
-    size_t count = 0;
-    const ClassEntry* entries = classEntries(&count);
-    for (size_t i = 0; i < count; ++i) {
-        const ClassEntry& e = entries[i];
-        if (!isRegistered(e)) continue;
-        RegDeleteTreeW(root.get(), (std::wstring(kProgIdPrefix) + e.name).c_str());
-        RegDeleteTreeW(root.get(), (L"CLSID\\" + guidText(*e.clsid)).c_str());
-    }
+    forEachRegisteredClass([&](const ClassEntry&, const std::wstring& progId, const std::wstring& clsidKey) {
+        RegDeleteTreeW(root.get(), progId.c_str());
+        RegDeleteTreeW(root.get(), clsidKey.c_str());
+        return true;
+    });
     forEachInterface([&](REFGUID iid, const std::wstring&) {
         RegDeleteTreeW(root.get(), (L"Interface\\" + guidText(iid)).c_str());
     });

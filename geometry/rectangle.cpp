@@ -356,11 +356,11 @@ HRESULT Rectangle::drawShape(int shape, LONG hDC, LONG* BorderColor, PenStyleCon
     return guard([&] {
         ShapeStyle s;
         s.borderColor = valueOr(BorderColor, s.borderColor);
-        s.borderStyle = BorderStyle ? *BorderStyle : s.borderStyle;
+        s.borderStyle = BorderStyle ? static_cast<long>(*BorderStyle) : s.borderStyle;
         s.borderWidth = valueOr(BorderWidth, s.borderWidth);
         s.backColor = valueOr(BackColor, s.backColor);
-        s.backStyle = BackStyle ? *BackStyle : s.backStyle;
-        s.hatch = Hatch ? *Hatch : s.hatch;
+        s.backStyle = BackStyle ? static_cast<long>(*BackStyle) : s.backStyle;
+        s.hatch = Hatch ? static_cast<long>(*Hatch) : s.hatch;
         tova::drawShape(static_cast<Shape>(shape), toHandle<HDC>(hDC), toWin32(edges_), s);
     });
 }
