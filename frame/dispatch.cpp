@@ -557,19 +557,14 @@ HRESULT prepareValue(Slot& s, const ParamInfo& p, VARIANT* src, LCID lcid) {
 HRESULT prepareMissing(Slot& s, const ParamInfo& p, LCID lcid) {
     if (p.hasDefault) {
         Variant def(p.defaultValue);
-        ParamInfo copy;
-        copy.type.vt = p.type.vt;
-        copy.type.byref = false;
-        if (p.type.byref) {
-            HRESULT hr = coerce(&s.temp, &def, p.type.vt, lcid);
-            if (FAILED(hr)) return hr;
-            s.passPointer(p.type.vt == VT_VARIANT ? static_cast<void*>(&s.temp) : &V_I4(&s.temp));
-            return S_OK;
-        }
         HRESULT hr = coerce(&s.temp, &def, p.type.vt, lcid);
         if (FAILED(hr)) return hr;
-        s.callType = p.type.vt;
-        s.arg = s.temp;
+        if (p.type.byref) {
+            s.passPointer(p.type.vt == VT_VARIANT ? static_cast<void*>(&s.temp) : &V_I4(&s.temp));
+        } else {
+            s.callType = p.type.vt;
+            s.arg = s.temp;
+        }
         return S_OK;
     }
     if (p.type.vt == VT_VARIANT) {
@@ -655,6 +650,68 @@ void writeBack(Slot& s) {
         return;
     }
     }
+}
+
+// The common case without the platform's general call helper: every argument
+// fits one machine word (integers, Booleans, strings, interfaces, pointers), so
+// each takes one stack slot or register under both the 32-bit stdcall and the
+// 64-bit convention, and the member is called through a typed pointer.
+constexpr UINT kDirectArgs = 8;
+
+bool wordArgument(const VARIANTARG& a, ULONG_PTR& word) {
+    const VARTYPE vt = V_VT(&a);
+    if (vt & VT_BYREF) { word = reinterpret_cast<ULONG_PTR>(V_BYREF(&a)); return true; }
+    switch (vt) {
+    case VT_I4: case VT_INT: case VT_ERROR: word = static_cast<ULONG_PTR>(static_cast<LONG_PTR>(V_I4(&a))); return true;
+    case VT_UI4: case VT_UINT: word = V_UI4(&a); return true;
+    case VT_I2: case VT_BOOL: word = static_cast<ULONG_PTR>(static_cast<LONG_PTR>(V_I2(&a))); return true;
+    case VT_UI2: word = V_UI2(&a); return true;
+    case VT_I1: word = static_cast<ULONG_PTR>(static_cast<LONG_PTR>(V_I1(&a))); return true;
+    case VT_UI1: word = V_UI1(&a); return true;
+    case VT_BSTR: case VT_UNKNOWN: case VT_DISPATCH: word = reinterpret_cast<ULONG_PTR>(V_BYREF(&a)); return true;
+    default: return false;  // floating point, 8-byte and by-value Variant arguments
+    }
+}
+
+bool callDirect(void* instance, const FunctionInfo& fn, VARIANTARG** args, UINT count, HRESULT& result) {
+#ifndef _WIN64
+    if (fn.callConv != CC_STDCALL) return false;
+#endif
+    if (count > kDirectArgs) return false;
+    ULONG_PTR w[kDirectArgs];
+    for (UINT i = 0; i < count; ++i)
+        if (!wordArgument(*args[i], w[i])) return false;
+    using W = ULONG_PTR;
+    void* entry = (*static_cast<void***>(instance))[fn.vtableOffset / static_cast<SHORT>(sizeof(void*))];
+    switch (count) {
+    case 0: result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*)>(entry)(instance); return true;
+    case 1: result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W)>(entry)(instance, w[0]); return true;
+    case 2: result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W)>(entry)(instance, w[0], w[1]); return true;
+    case 3:
+        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W)>(entry)(instance, w[0], w[1], w[2]);
+        return true;
+    case 4:
+        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W, W)>(entry)(instance, w[0], w[1], w[2],
+                                                                                         w[3]);
+        return true;
+    case 5:
+        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W, W, W)>(entry)(instance, w[0], w[1],
+                                                                                            w[2], w[3], w[4]);
+        return true;
+    case 6:
+        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W, W, W, W)>(entry)(
+            instance, w[0], w[1], w[2], w[3], w[4], w[5]);
+        return true;
+    case 7:
+        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W, W, W, W, W)>(entry)(
+            instance, w[0], w[1], w[2], w[3], w[4], w[5], w[6]);
+        return true;
+    case 8:
+        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W, W, W, W, W, W)>(entry)(
+            instance, w[0], w[1], w[2], w[3], w[4], w[5], w[6], w[7]);
+        return true;
+    }
+    return false;
 }
 
 // Storage for a member's result.
@@ -821,12 +878,15 @@ HRESULT DispatchTable::invoke(void* instance, DISPID id, LCID lcid, WORD flags, 
         ++count;
     }
 
-    VARIANT ret;
-    VariantInit(&ret);
-    HRESULT hr = DispCallFunc(instance, static_cast<ULONG_PTR>(fn->vtableOffset), fn->callConv, VT_I4,
-                              count, callTypes, callArgs, &ret);
-    if (FAILED(hr)) return hr;
-    HRESULT memberResult = V_I4(&ret);
+    HRESULT memberResult;
+    if (!callDirect(instance, *fn, callArgs, count, memberResult)) {
+        VARIANT ret;
+        VariantInit(&ret);
+        HRESULT hr = DispCallFunc(instance, static_cast<ULONG_PTR>(fn->vtableOffset), fn->callConv, VT_I4,
+                                  count, callTypes, callArgs, &ret);
+        if (FAILED(hr)) return hr;
+        memberResult = V_I4(&ret);
+    }
     if (FAILED(memberResult)) {
         if (!excep) return memberResult;
         fillExcepInfo(memberResult, excep);

@@ -66,7 +66,8 @@ EventArgs& EventArgs::add(VARTYPE vt, void* p) {
 }
 
 EventArgs& EventArgs::push(const VARIANTARG& a) {
-    args_.push_back(a);
+    if (count_ == kMaxArgs) raise(kInvalidArgument);
+    args_[count_++] = a;
     return *this;
 }
 
@@ -100,9 +101,8 @@ EventArgs& EventArgs::val(BSTR v) {
 }
 
 DISPPARAMS EventArgs::params() {
-    reversed_.assign(args_.rbegin(), args_.rend());
-    return DISPPARAMS{reversed_.empty() ? nullptr : reversed_.data(), nullptr,
-                      static_cast<UINT>(reversed_.size()), 0};
+    for (unsigned i = 0; i < count_; ++i) reversed_[i] = args_[count_ - 1 - i];
+    return DISPPARAMS{count_ ? reversed_ : nullptr, nullptr, count_, 0};
 }
 
 // ------------------------------------------------------------- enumerators

@@ -32,8 +32,12 @@ public:
 private:
     EventArgs& add(VARTYPE vt, void* p);
     EventArgs& push(const VARIANTARG& a);
-    std::vector<VARIANTARG> args_;
-    std::vector<VARIANTARG> reversed_;
+
+    // Events have few parameters: raising one allocates nothing.
+    static constexpr unsigned kMaxArgs = 8;
+    VARIANTARG args_[kMaxArgs];
+    VARIANTARG reversed_[kMaxArgs];
+    unsigned count_ = 0;
 };
 
 class ConnectionPoint : public IConnectionPoint {

@@ -31,7 +31,7 @@ template <class F>
 void Rectangle::change(F&& move) {
     TOVA_RECT previous = edges_;
     move(edges_);
-    if (rect::equal(previous, edges_)) return;
+    if (rect::equal(previous, edges_) || !hasSinks()) return;
     EventArgs args;
     args.ref(previous);
     raiseEvent(kChanged, args);

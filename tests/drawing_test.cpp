@@ -152,10 +152,18 @@ TEST_F(DrawingTest, TextMeasuresAndShortens) {
     api->DrawText(c.handle(), &text, &narrow,
                   static_cast<DrawTextFormatConstants>(DT_SINGLELINE | DT_END_ELLIPSIS | DT_MODIFYSTRING), &height);
     EXPECT_NE(nullptr, wcsstr(text, L"...")) << "shortened text written back";
-    SysFreeString(text);
+
+    TOVA_RECT untouched{1, 2, 3, 4};
+    EXPECT_EQ(S_OK, api->DrawText(0, &text, &untouched, DT_CALCRECT, &height));
+    EXPECT_EQ(0, height) << "no device context, nothing measured";
+    EXPECT_EQ(3, untouched.Right);
+    EXPECT_EQ(S_OK, api->DrawEdge(0, &untouched, EDGE_RAISED, static_cast<EdgeModeConstants>(BF_RECT | BF_ADJUST), &height));
+    EXPECT_EQ(0, height);
+    EXPECT_EQ(1, untouched.Left);
 
     BSTR empty = nullptr;  // a null string is the empty string
     TOVA_RECT any{0, 0, 10, 10};
     EXPECT_EQ(S_OK, api->DrawText(c.handle(), &empty, &any, DT_LEFT, &height));
     SysFreeString(empty);
+    SysFreeString(text);
 }

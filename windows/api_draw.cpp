@@ -6,11 +6,15 @@
 
 namespace tova {
 
+// Without a device context the platform's answers are not to be trusted (some
+// runtimes report success or measure garbage): both routines report failure.
 long drawEdge(HDC dc, RECT& edges, long edgeStyle, long edgeMode) {
+    if (!dc) return 0;
     return ::DrawEdge(dc, &edges, static_cast<UINT>(edgeStyle), static_cast<UINT>(edgeMode) & 0xFFFFu);
 }
 
 long drawText(HDC dc, std::wstring& text, RECT& edges, long format) {
+    if (!dc) return 0;
     const UINT flags = static_cast<UINT>(format);
     // The platform may write up to four characters more when it shortens the text.
     std::vector<wchar_t> buffer(text.begin(), text.end());
