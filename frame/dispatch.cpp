@@ -447,10 +447,13 @@ HRESULT prepareRecord(Slot& s, const ParamInfo& p, VARIANT* src) {
             if (FAILED(hr)) return DISP_E_TYPEMISMATCH;
             fields[i] = V_I4(&l);
         }
-        s.remember(s.recordPtr, s.recordSize);
-        s.back = Slot::Back::Array;
-        s.array = sa;
-        s.longs = t.flatLongs;
+        // Only an array the caller passed by reference receives the changes.
+        if (varRef || (V_VT(v) & VT_BYREF)) {
+            s.remember(s.recordPtr, s.recordSize);
+            s.back = Slot::Back::Array;
+            s.array = sa;
+            s.longs = t.flatLongs;
+        }
         return S_OK;
     }
     return DISP_E_TYPEMISMATCH;

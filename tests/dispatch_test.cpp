@@ -186,6 +186,10 @@ TEST_F(DispatchTest, RecordsTravelAsRecordsOrArrays) {
     CallResult peek2;
     call(peek2, d.get(), L"Peek", DISPATCH_METHOD, {vRef(&target)});
     EXPECT_EQ((Longs{10, 20, 30, 40}), arrayLongs(target));
+    Variant byValue = longArray({0, 0, 0, 0});
+    CallResult peek4;
+    call(peek4, d.get(), L"Peek", DISPATCH_METHOD, {byValue});
+    EXPECT_EQ((Longs{0, 0, 0, 0}), arrayLongs(byValue)) << "an array passed by value stays the caller's";
 
     // A VB-style by-reference record is filled in place.
     TOVA_RECT byRef{};

@@ -28,6 +28,10 @@ winpath() { printf 'Z:%s' "${1//\//\\}"; }
 
 wine_run() { cmake/wine-run.sh "$prefix" "$bits" "$@"; }
 
+# The tests register and unregister in the same prefix: one at a time.
+exec 8>"$prefix.registry.lock"
+flock 8
+
 echo
 echo "== Registering $(winpath "$dll") ($bits-bit) in the Wine prefix build/wineprefix"
 set +e

@@ -6,7 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 tools/build.sh
 status=0
-for b in 64 32; do
+for b in 32 64; do
     echo "== ${b}-bit build"
     ctest --test-dir "build/win$b" --output-on-failure --timeout 600 || status=1
 done
