@@ -208,13 +208,9 @@ TEST(Errors, StandardErrorReachesVtableAndDispatchCallers) {
     VARIANT_BOOL result;
     HRESULT hr = r->Equals2(nullptr, &result);
     EXPECT_EQ(static_cast<HRESULT>(0x800A005B), hr) << "run-time error 91";
-    ComPtr<IErrorInfo> info;
-    ASSERT_EQ(S_OK, GetErrorInfo(0, info.put()));
-    Bstr source, description;
-    info->GetSource(source.put());
-    info->GetDescription(description.put());
-    EXPECT_EQ(L"TOVA200", source.str());
-    EXPECT_EQ(L"Object variable or With block variable not set", description.str());
+    ErrorText e = lastError();
+    EXPECT_EQ(L"TOVA200", e.source);
+    EXPECT_EQ(L"Object variable or With block variable not set", e.description);
 
     CallResult c;
     call(c, r.as<IDispatch>(IID_IDispatch).get(), L"Equals2", DISPATCH_METHOD, {vObject(nullptr)});

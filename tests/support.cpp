@@ -42,6 +42,18 @@ HRESULT put(IDispatch* d, const wchar_t* name, VARIANT value, WORD flags) {
     return d->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &dp, nullptr, nullptr, nullptr);
 }
 
+ErrorText lastError() {
+    ErrorText e;
+    ComPtr<IErrorInfo> info;
+    if (GetErrorInfo(0, info.put()) != S_OK || !info) return e;
+    Bstr source, description;
+    info->GetSource(source.put());
+    info->GetDescription(description.put());
+    e.source = source.str();
+    e.description = description.str();
+    return e;
+}
+
 VARIANT vLong(long v) { VARIANT x; VariantInit(&x); V_VT(&x) = VT_I4; V_I4(&x) = v; return x; }
 VARIANT vDouble(double v) { VARIANT x; VariantInit(&x); V_VT(&x) = VT_R8; V_R8(&x) = v; return x; }
 VARIANT vRef(VARIANT* t) { VARIANT x; VariantInit(&x); V_VT(&x) = VT_BYREF | VT_VARIANT; V_VARIANTREF(&x) = t; return x; }

@@ -56,6 +56,12 @@ void call(CallResult& r, IDispatch* d, const wchar_t* name, WORD flags, std::vec
 // Property put with the value as the named DISPID_PROPERTYPUT argument.
 HRESULT put(IDispatch* d, const wchar_t* name, VARIANT value, WORD flags = DISPATCH_PROPERTYPUT);
 
+// Source and description of the thread's error info (taken, so it is cleared).
+struct ErrorText {
+    std::wstring source, description;
+};
+ErrorText lastError();
+
 // Variant helpers (shallow: the caller keeps what they point at alive).
 VARIANT vLong(long v);
 VARIANT vDouble(double v);
