@@ -182,7 +182,7 @@ void resolve(ITypeInfo* owner, const TYPEDESC& td, TypeRef& out, int depth) {
 
 }  // namespace
 
-DispatchTable::DispatchTable(REFIID iid) : byId_(1024) {
+DispatchTable::DispatchTable(REFIID iid) {
     ComPtr<ITypeInfo> info = typeInfoOf(iid);
     if (!info) return;
     ComPtr<ITypeInfo> vtableView;
@@ -256,7 +256,10 @@ DispatchTable::DispatchTable(REFIID iid) : byId_(1024) {
 }
 
 DispatchTable::Member& DispatchTable::memberSlot(DISPID id) {
-    if (id >= 0 && static_cast<size_t>(id) < byId_.size()) return byId_[id];
+    if (id >= 0 && id < kDirectIds) {
+        if (static_cast<size_t>(id) >= byId_.size()) byId_.resize(id + 1);
+        return byId_[id];
+    }
     return otherIds_[id];
 }
 

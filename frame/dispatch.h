@@ -85,7 +85,8 @@ private:
 
     ComPtr<ITypeInfo> dispatchInfo_;
     std::vector<std::unique_ptr<FunctionInfo>> functions_;
-    std::vector<Member> byId_;                       // DISPIDs 0 .. 1023
+    static constexpr DISPID kDirectIds = 1024;
+    std::vector<Member> byId_;                       // small DISPIDs, indexed directly
     std::unordered_map<DISPID, Member> otherIds_;    // the rest
     std::unordered_map<std::wstring, DISPID> byName_;
 };

@@ -12,31 +12,30 @@ namespace tova {
 
 namespace {
 
-IRecordInfo* recordNamed(const wchar_t* name) {
+ComPtr<IRecordInfo> recordNamed(const wchar_t* name) {
+    ComPtr<IRecordInfo> record;
     ITypeLib* lib = typeLibrary();
-    if (!lib) return nullptr;
+    if (!lib) return record;
     for (UINT i = 0, n = lib->GetTypeInfoCount(); i < n; ++i) {
         Bstr found;
         TYPEKIND kind;
         if (FAILED(lib->GetTypeInfoType(i, &kind)) || kind != TKIND_RECORD) continue;
-        if (FAILED(lib->GetDocumentation(i, found.put(), nullptr, nullptr, nullptr))) continue;
-        if (found.str() != name) continue;
+        if (FAILED(lib->GetDocumentation(i, found.put(), nullptr, nullptr, nullptr)) || found.str() != name) continue;
         ComPtr<ITypeInfo> info;
-        IRecordInfo* record = nullptr;
-        if (SUCCEEDED(lib->GetTypeInfo(i, info.put()))) GetRecordInfoFromTypeInfo(info.get(), &record);
-        return record;
+        if (SUCCEEDED(lib->GetTypeInfo(i, info.put()))) GetRecordInfoFromTypeInfo(info.get(), record.put());
+        break;
     }
-    return nullptr;
+    return record;
 }
 
-// Record information of the two records, made once and kept for the process.
+// Record information of the two records, made once and released with the module.
 IRecordInfo* rectRecord() {
-    static IRecordInfo* info = recordNamed(L"RECT");
-    return info;
+    static const ComPtr<IRecordInfo> info = recordNamed(L"RECT");
+    return info.get();
 }
 IRecordInfo* pointRecord() {
-    static IRecordInfo* info = recordNamed(L"POINTAPI");
-    return info;
+    static const ComPtr<IRecordInfo> info = recordNamed(L"POINTAPI");
+    return info.get();
 }
 
 }  // namespace

@@ -231,7 +231,9 @@ STDMETHODIMP Rectangle::PopState(VARIANT_BOOL* pRet) {
         *required(pRet) = VARIANT_FALSE;
         if (stack_.empty()) return;
         TOVA_RECT saved = stack_.back();
-        // The handler of Changed runs while the entry is still on the stack.
+        // The handler of Changed runs while the entry is still on the stack; it
+        // may drop the client's last reference, and the stack is needed after it.
+        ComPtr<Rectangle> self(this);
         change([&](TOVA_RECT& r) { r = saved; });
         if (!stack_.empty()) stack_.pop_back();
         if (stack_.empty()) std::vector<TOVA_RECT>().swap(stack_);

@@ -279,4 +279,16 @@ TEST(ConnectionPoints, ObjectReleasedInsideItsHandlerLivesUntilTheRaiseReturns) 
     EXPECT_EQ(S_OK, raw->put_Left(&left));
     EXPECT_TRUE(released);
     EXPECT_EQ(S_OK, canUnload()) << "gone once the raising call returned";
+
+    // PopState still works on its stack after the handler let go.
+    raw = newRectangle().detach();
+    VARIANT_BOOL ok;
+    raw->PushState(&ok);
+    raw->put_Left(&left);
+    released = false;
+    sink.connect(raw, DIID___Rectangle);
+    EXPECT_EQ(S_OK, raw->PopState(&ok));
+    EXPECT_EQ(VARIANT_TRUE, ok);
+    EXPECT_TRUE(released);
+    EXPECT_EQ(S_OK, canUnload());
 }
