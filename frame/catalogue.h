@@ -9,10 +9,14 @@ namespace tova {
 
 // name, instancing. Classes that are not creatable are handed out by others and
 // have no entry.
-#define TOVA_CLASSES(X)      \
-    X(Rectangle, Creatable)  \
-    X(GDIMethods, Global)    \
-    X(APIMethods, Global)
+#define TOVA_CLASSES(X)           \
+    X(Rectangle, Creatable)       \
+    X(GDIMethods, Global)         \
+    X(APIMethods, Global)         \
+    X(StringMethods, Global)      \
+    X(SortMethods, Global)        \
+    X(DictionaryMethods, Global)  \
+    X(EncryptMethods, Global)
 
 struct ClassEntry {
     const wchar_t* name;

@@ -361,9 +361,10 @@ HRESULT writeElement(SAFEARRAY* sa, LONG i, long value) {
 
 // One argument on its way to the vtable call.
 struct Slot {
-    enum class Back { None, Variant, Typed, Array, NewArray };
+    enum class Back { None, Variant, Typed, Array, NewArray, ConvertedArray };
 
     VARIANTARG arg;          // what the call receives (by value or VT_BYREF pointer)
+    VARIANT shallow;         // a caller's by-reference Variant, passed on without owning it
     VARTYPE callType = VT_EMPTY;
     Variant temp;            // a converted value the slot owns
     Back back = Back::None;
@@ -502,14 +503,80 @@ HRESULT prepareVariant(Slot& s, const ParamInfo& p, VARIANT* src) {
         s.passPointer(varRef);
         return S_OK;
     }
-    HRESULT hr = VariantCopyInd(&s.temp, v);
+    if (indirect) {
+        // A typed variable by reference (VB's ByRef Long, a typed array): the
+        // member receives the reference itself and works on the caller's storage.
+        s.shallow = *v;
+        s.passPointer(&s.shallow);
+        return S_OK;
+    }
+    HRESULT hr = VariantCopy(&s.temp, v);
     if (FAILED(hr)) return hr;
     s.passPointer(&s.temp);
-    if (indirect && !varRef) {
-        s.back = Slot::Back::Typed;
-        s.target = src;
-        s.valueType = V_VT(&s.temp);
-        s.remember(&V_I4(&s.temp), valueSize(V_VT(&s.temp)));
+    return S_OK;
+}
+
+// A copy of `src` (any array) with elements of type `to`, same bounds; nullptr when
+// an element does not convert.
+SAFEARRAY* convertArray(SAFEARRAY* src, VARTYPE to, LCID lcid) {
+    VARTYPE from = VT_EMPTY;
+    UINT dims = SafeArrayGetDim(src);
+    if (dims == 0 || dims > 8 || FAILED(SafeArrayGetVartype(src, &from))) return nullptr;
+    SAFEARRAYBOUND bounds[8];
+    for (UINT d = 0; d < dims; ++d) {
+        LONG lb = 0, ub = -1;
+        SafeArrayGetLBound(src, d + 1, &lb);
+        SafeArrayGetUBound(src, d + 1, &ub);
+        bounds[d] = SAFEARRAYBOUND{static_cast<ULONG>(ub - lb + 1), lb};
+    }
+    SafeArray out(SafeArrayCreate(to, dims, bounds));
+    if (!out.get()) return nullptr;
+    ArrayData in(src), put(out.get());
+    if (!in.locked() || !put.locked()) return nullptr;
+    const ULONG n = [&] { ULONG c = 1; for (UINT d = 0; d < dims; ++d) c *= bounds[d].cElements; return c; }();
+    const UINT inSize = SafeArrayGetElemsize(src), outSize = SafeArrayGetElemsize(out.get());
+    auto* inBytes = static_cast<BYTE*>(in.data());
+    auto* outBytes = static_cast<BYTE*>(put.data());
+    for (ULONG i = 0; i < n; ++i) {
+        VARIANT view;
+        VariantInit(&view);
+        VARIANT* element = &view;
+        if (from == VT_VARIANT) {
+            element = reinterpret_cast<VARIANT*>(inBytes + i * inSize);
+        } else {
+            V_VT(&view) = from;
+            std::memcpy(&V_I4(&view), inBytes + i * inSize, inSize < 8 ? inSize : 8);
+        }
+        Variant converted;
+        if (FAILED(to == VT_VARIANT ? VariantCopy(&converted, element)
+                                    : VariantChangeTypeEx(&converted, element, lcid, 0, to)))
+            return nullptr;
+        if (to == VT_VARIANT) {
+            converted.detachTo(reinterpret_cast<VARIANT*>(outBytes + i * outSize));
+        } else {
+            std::memcpy(outBytes + i * outSize, &V_I4(&converted), outSize);
+            V_VT(&converted) = VT_EMPTY;  // the array owns strings and objects now
+        }
+    }
+    return out.detach();
+}
+
+// A typed array parameter given a Variant (a script's variable): the member
+// works on a converted copy, which goes back to the caller as a Variant array.
+HRESULT prepareTypedArray(Slot& s, const ParamInfo& p, VARIANT* v, VARIANT* varRef, LCID lcid) {
+    const VARTYPE element = p.type.vt & ~VT_ARRAY;
+    V_VT(&s.temp) = p.type.vt;
+    V_ARRAY(&s.temp) = nullptr;
+    if (V_VT(v) & VT_ARRAY) {
+        SAFEARRAY* sa = (V_VT(v) & VT_BYREF) ? *V_ARRAYREF(v) : V_ARRAY(v);
+        if (sa && !(V_ARRAY(&s.temp) = convertArray(sa, element, lcid))) return DISP_E_TYPEMISMATCH;
+    } else if (V_VT(v) != VT_EMPTY) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    s.passPointer(&V_ARRAY(&s.temp));
+    if (varRef || (V_VT(v) & VT_BYREF)) {
+        s.back = Slot::Back::ConvertedArray;
+        s.target = v;
     }
     return S_OK;
 }
@@ -528,6 +595,7 @@ HRESULT prepareValue(Slot& s, const ParamInfo& p, VARIANT* src, LCID lcid) {
             s.passPointer(&V_I4(v));
             return S_OK;
         }
+        if (vt & VT_ARRAY) return prepareTypedArray(s, p, v, varRef, lcid);
         HRESULT hr = coerce(&s.temp, v, vt, lcid);
         if (FAILED(hr)) return hr;
         s.passPointer(&V_I4(&s.temp));
@@ -585,15 +653,16 @@ HRESULT prepareMissing(Slot& s, const ParamInfo& p, LCID lcid) {
         return S_OK;
     }
     if (p.type.vt == VT_RECORD) return prepareRecord(s, p, nullptr);
+    if (p.type.byref) {
+        // Left out, and no default the type library could hold: the member sees null.
+        s.passPointer(nullptr);
+        return S_OK;
+    }
     // Optional typed parameters without a declared default start from zero.
     V_VT(&s.temp) = p.type.vt;
     std::memset(&V_I4(&s.temp), 0, 8);
-    if (p.type.byref) {
-        s.passPointer(&V_I4(&s.temp));
-    } else {
-        s.callType = p.type.vt;
-        s.arg = s.temp;
-    }
+    s.callType = p.type.vt;
+    s.arg = s.temp;
     return S_OK;
 }
 
@@ -642,6 +711,27 @@ void writeBack(Slot& s) {
         if (!s.changed(s.recordPtr, s.recordSize)) return;
         const LONG* fields = reinterpret_cast<const LONG*>(s.recordPtr);
         for (ULONG i = 0; i < s.longs; ++i) writeElement(s.array, static_cast<LONG>(i), fields[i]);
+        return;
+    }
+    case Slot::Back::ConvertedArray: {
+        // Back into the caller's Variant (or typed array variable) in its own element type.
+        VARIANT* target = s.target;
+        const bool typed = (V_VT(target) & VT_BYREF) != 0;
+        VARTYPE element = typed ? (V_VT(target) & ~(VT_BYREF | VT_ARRAY)) : VT_VARIANT;
+        if (element == VT_EMPTY) element = VT_VARIANT;
+        SAFEARRAY* result = V_ARRAY(&s.temp);
+        SAFEARRAY* back = result ? convertArray(result, element, LOCALE_USER_DEFAULT) : nullptr;
+        if (result && !back) return;
+        if (typed) {
+            if (*V_ARRAYREF(target)) SafeArrayDestroy(*V_ARRAYREF(target));
+            *V_ARRAYREF(target) = back;
+        } else {
+            VariantClear(target);
+            if (back) {
+                V_VT(target) = VT_ARRAY | element;
+                V_ARRAY(target) = back;
+            }
+        }
         return;
     }
     case Slot::Back::NewArray: {

@@ -1,0 +1,5 @@
+// placeholder until the class lands
+#include "../frame/library_frame.h"
+namespace tova {
+HRESULT createDictionaryMethods(REFIID, void** ppv) { if (ppv) *ppv = nullptr; return CLASS_E_CLASSNOTAVAILABLE; }
+}
