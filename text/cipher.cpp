@@ -1,13 +1,295 @@
 #include "cipher.h"
 
+#include "frame/errors.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
 namespace tova {
 namespace cipher {
 
-std::wstring hexise(const std::wstring&) { return {}; }
-std::wstring dehexise(const std::wstring&) { return {}; }
-std::wstring randomString(long, const std::wstring&, long) { return {}; }
-std::wstring encrypt(const std::wstring& text, std::wstring&, std::wstring&, long) { return text; }
-std::wstring decrypt(const std::wstring& text, std::wstring&, std::wstring&, long) { return text; }
+namespace {
+
+// ------------------------------------------------------------------ ANSI codes
+
+// What we need of the ANSI code page, read once: it does not change while the
+// process runs.
+struct CodePage {
+    bool singleByte = true;
+    unsigned char replacement = '?';  // the code a character without one gets
+    wchar_t chr[256];                 // the character of each code
+};
+
+const CodePage& ansi() {
+    static const CodePage page = [] {
+        CodePage p;
+        CPINFOEXW info{};
+        wchar_t fallback = L'?';
+        if (GetCPInfoExW(CP_ACP, 0, &info)) {
+            p.singleByte = info.MaxCharSize == 1;
+            p.replacement = info.DefaultChar[0];
+            fallback = info.UnicodeDefaultChar;
+        }
+        // One byte at a time: in a double-byte code page a lead byte on its own
+        // is what the platform makes of it, not the start of a pair.
+        for (int code = 0; code < 256; ++code) {
+            char byte = static_cast<char>(code);
+            wchar_t w;
+            p.chr[code] = MultiByteToWideChar(CP_ACP, 0, &byte, 1, &w, 1) == 1 ? w : fallback;
+        }
+        return p;
+    }();
+    return page;
+}
+
+// The code of one character; false when it has no single-byte code.
+bool codeOf(wchar_t c, unsigned char& code) {
+    char bytes[4];
+    if (WideCharToMultiByte(CP_ACP, 0, &c, 1, bytes, sizeof bytes, nullptr, nullptr) != 1) return false;
+    code = static_cast<unsigned char>(bytes[0]);
+    return true;
+}
+
+// The codes of text[0, n) into `out` (n bytes). Characters without a code get
+// the replacement code; their positions go to `missing` when it is given.
+// A single-byte code page converts whole chunks at once; a chunk that does not
+// come out one byte per character (a surrogate pair, say) and every chunk of a
+// double-byte code page goes one character at a time.
+void toCodes(const wchar_t* text, size_t n, unsigned char* out, std::vector<size_t>* missing = nullptr) {
+    const CodePage& page = ansi();
+    const size_t kMost = size_t{1} << 24;  // keeps the counts within an int
+    for (size_t start = 0; start < n; start += kMost) {
+        int count = static_cast<int>(std::min(kMost, n - start));
+        if (page.singleByte &&
+            WideCharToMultiByte(CP_ACP, 0, text + start, count, reinterpret_cast<char*>(out + start), count,
+                                nullptr, nullptr) == count)
+            continue;
+        for (size_t i = start; i < start + static_cast<size_t>(count); ++i) {
+            if (!codeOf(text[i], out[i])) {
+                out[i] = page.replacement;
+                if (missing) missing->push_back(i);
+            }
+        }
+    }
+}
+
+// ------------------------------------------------------------------ keys
+
+// Doubles `key` (key = key & key) until it holds at least `length` characters,
+// in O(length). Returns its length before, which is its period afterwards.
+size_t doubleKey(std::wstring& key, size_t length) {
+    size_t period = key.size();
+    size_t target = period;
+    while (target < length) target *= 2;
+    // Room first, so the appends never move the characters they copy.
+    key.reserve(target);
+    while (key.size() < target) key.append(key.data(), key.size());
+    return period;
+}
+
+// Texts go through in chunks this long, converted into a buffer on the stack.
+constexpr size_t kChunk = 8192;
+
+enum class Direction { kEncrypt, kDecrypt };
+
+// One period of each doubled key, as codes.
+struct KeyCodes {
+    std::vector<unsigned char> a, b;
+};
+
+// Checks the keys, doubles them for a text of `length` (> 0) characters and
+// reads one period of each.
+KeyCodes prepareKeys(std::wstring& keyA, std::wstring& keyB, size_t length) {
+    // Doubling an empty key never reaches the length: the loop would run forever,
+    // so this is refused as an invalid argument before anything changes.
+    if (keyA.empty() || keyB.empty()) raise(kInvalidArgument);
+    const size_t periodA = doubleKey(keyA, length);
+    const size_t periodB = doubleKey(keyB, length);
+    KeyCodes k;
+    k.a.resize(std::min(periodA, length));
+    k.b.resize(std::min(periodB, length));
+    toCodes(keyA.data(), k.a.size(), k.a.data());
+    toCodes(keyB.data(), k.b.size(), k.b.data());
+    return k;
+}
+
+// Runs `level` (> 0) rounds over in[0, length) into `o`; returns the number of
+// characters written.
+size_t transform(const wchar_t* in, size_t length, const KeyCodes& keys, long level, Direction direction,
+                 wchar_t* o) {
+    const unsigned char* ka = keys.a.data();
+    const unsigned char* kb = keys.b.data();
+    const size_t na = keys.a.size(), nb = keys.b.size();
+    auto keySum = [&](size_t i) { return static_cast<unsigned>(ka[i % na] + kb[i % nb]); };
+
+    // Every round adds (or takes away) b + c at each position, the same at
+    // every round since the doubled keys no longer change, and positions never
+    // move: `level` rounds are one pass adding level * (b + c) mod 256. No
+    // recursion, and any level costs the same. Decrypt's search for the x with
+    // (x + b + c) mod 256 = t has exactly that one answer, x = t - b - c.
+    const unsigned rounds = static_cast<unsigned>(level) & 255u;
+    const unsigned factor = direction == Direction::kEncrypt ? rounds : (256u - rounds) & 255u;
+
+    const wchar_t* chr = ansi().chr;
+    unsigned char codes[kChunk];
+    std::vector<size_t> missing;
+    size_t written = 0;
+    for (size_t start = 0; start < length; start += kChunk) {
+        const size_t count = std::min(kChunk, length - start);
+        missing.clear();
+        toCodes(in + start, count, codes, direction == Direction::kDecrypt ? &missing : nullptr);
+        if (missing.empty() && written == start) {
+            size_t ia = start % na, ib = start % nb;
+            for (size_t k = 0; k < count; ++k) {
+                o[start + k] = chr[(codes[k] + factor * (ka[ia] + kb[ib])) & 255u];
+                if (++ia == na) ia = 0;
+                if (++ib == nb) ib = 0;
+            }
+            written += count;
+            continue;
+        }
+        // Decrypt finds no code that encrypts to a character without one, so
+        // its first round drops it, and the later rounds work on the shorter
+        // text: round one at the original position, the others at the new one.
+        auto skip = missing.begin();
+        for (size_t k = 0; k < count; ++k) {
+            if (skip != missing.end() && *skip == k) {
+                ++skip;
+                continue;
+            }
+            unsigned x = codes[k] - keySum(start + k) - (rounds + 255u) * keySum(written);
+            o[written++] = chr[x & 255u];
+        }
+    }
+    return written;
+}
+
+std::wstring cipher(const std::wstring& text, std::wstring& keyA, std::wstring& keyB, long level,
+                    Direction direction) {
+    if (level <= 0) return text;
+    const size_t length = text.size();
+    if (length == 0) return std::wstring();
+    KeyCodes keys = prepareKeys(keyA, keyB, length);
+    std::wstring out(length, L'\0');
+    // Read after the doubling: should the caller have passed one variable as
+    // text and key, doubling only appended to it.
+    out.resize(transform(text.data(), length, keys, level, direction, &out[0]));
+    return out;
+}
+
+size_t cipher(const wchar_t* text, size_t length, std::wstring& keyA, std::wstring& keyB, long level,
+              Direction direction, wchar_t* out) {
+    if (length == 0) return 0;
+    if (level <= 0) {
+        std::memcpy(out, text, length * sizeof(wchar_t));
+        return length;
+    }
+    KeyCodes keys = prepareKeys(keyA, keyB, length);
+    return transform(text, length, keys, level, direction, out);
+}
+
+// ------------------------------------------------------------------ random
+
+// Seconds since midnight, local time, in single precision like the runtime's Timer.
+double timer() {
+    SYSTEMTIME t;
+    GetLocalTime(&t);
+    double seconds = t.wHour * 3600.0 + t.wMinute * 60.0 + t.wSecond + t.wMilliseconds / 1000.0;
+    return static_cast<float>(seconds);
+}
+
+int hexDigit(wchar_t c) {
+    if (c >= L'0' && c <= L'9') return c - L'0';
+    if (c >= L'A' && c <= L'F') return c - L'A' + 10;
+    if (c >= L'a' && c <= L'f') return c - L'a' + 10;
+    return -1;
+}
+
+}  // namespace
+
+std::wstring hexise(const std::wstring& text) {
+    static const wchar_t kDigits[] = L"0123456789ABCDEF";
+    std::wstring out(text.size() * 2, L'\0');
+    wchar_t* o = &out[0];
+    unsigned char codes[kChunk];
+    for (size_t start = 0; start < text.size(); start += kChunk) {
+        const size_t count = std::min(kChunk, text.size() - start);
+        toCodes(text.data() + start, count, codes);
+        for (size_t k = 0; k < count; ++k) {
+            *o++ = kDigits[codes[k] >> 4];
+            *o++ = kDigits[codes[k] & 15];
+        }
+    }
+    return out;
+}
+
+std::wstring dehexise(const std::wstring& text) {
+    const wchar_t* chr = ansi().chr;
+    std::wstring out((text.size() + 1) / 2, L'\0');
+    for (size_t i = 0; i < text.size(); i += 2) {
+        int code = 0;
+        for (size_t j = i; j < std::min(i + 2, text.size()); ++j) {
+            int digit = hexDigit(text[j]);
+            if (digit < 0) raise(kTypeMismatch);
+            code = code * 16 + digit;
+        }
+        out[i / 2] = chr[code];
+    }
+    return out;
+}
+
+int randomCode(double timer) {
+    // Seeding takes the bits of the number, folded into the generator's 24-bit
+    // state; then one step of its linear congruential generator gives r in [0, 1).
+    uint64_t bits;
+    std::memcpy(&bits, &timer, sizeof bits);
+    uint32_t v = static_cast<uint32_t>(bits >> 32) ^ static_cast<uint32_t>(bits);
+    uint32_t x = ((((v & 0xFFFFu) ^ (v >> 16)) << 8) | (v >> 24)) & 0xFFFFFFu;
+    x = (x * 1140671485u + 12820163u) & 0xFFFFFFu;
+    double r = x / 16777216.0;
+    return static_cast<int>(std::nearbyint(r * 255.0));  // ties to even
+}
+
+std::wstring randomString(long length, const std::wstring& delimiter, long delimiterFrequency) {
+    if (length < 0) return std::wstring();
+    const bool grouped = !delimiter.empty() && delimiterFrequency > 0;
+    const long long groups = grouped ? length / delimiterFrequency + 1 : 1;
+    const long long perGroup = grouped ? delimiterFrequency : length;
+    const long long total = groups * perGroup + (groups - 1) * static_cast<long long>(delimiter.size());
+    if (total > 0x3FFFFFFFLL) raise(kOutOfMemory);
+
+    const wchar_t* chr = ansi().chr;
+    std::wstring out;
+    out.reserve(static_cast<size_t>(total));
+    for (long long g = 0; g < groups; ++g) {
+        if (g > 0) out += delimiter;
+        // Re-seeded from the timer for every character, so characters drawn
+        // within one tick of the timer repeat.
+        for (long long i = 0; i < perGroup; ++i) out.push_back(chr[randomCode(timer())]);
+    }
+    return out;
+}
+
+std::wstring encrypt(const std::wstring& text, std::wstring& keyA, std::wstring& keyB, long level) {
+    return cipher(text, keyA, keyB, level, Direction::kEncrypt);
+}
+
+std::wstring decrypt(const std::wstring& text, std::wstring& keyA, std::wstring& keyB, long level) {
+    return cipher(text, keyA, keyB, level, Direction::kDecrypt);
+}
+
+size_t encrypt(const wchar_t* text, size_t length, std::wstring& keyA, std::wstring& keyB, long level,
+               wchar_t* out) {
+    return cipher(text, length, keyA, keyB, level, Direction::kEncrypt, out);
+}
+
+size_t decrypt(const wchar_t* text, size_t length, std::wstring& keyA, std::wstring& keyB, long level,
+               wchar_t* out) {
+    return cipher(text, length, keyA, keyB, level, Direction::kDecrypt, out);
+}
 
 }  // namespace cipher
 }  // namespace tova
