@@ -769,14 +769,25 @@ bool wordArgument(const VARIANTARG& a, ULONG_PTR& word) {
     }
 }
 
-bool callDirect(void* instance, const FunctionInfo& fn, VARIANTARG** args, UINT count, HRESULT& result) {
+bool callDirect(void* instance, const FunctionInfo& fn, const VARTYPE* types, VARIANTARG** args, UINT count,
+                HRESULT& result) {
 #ifndef _WIN64
     if (fn.callConv != CC_STDCALL) return false;
 #endif
     if (count > kDirectArgs) return false;
     ULONG_PTR w[kDirectArgs];
-    for (UINT i = 0; i < count; ++i)
+    for (UINT i = 0; i < count; ++i) {
+#ifdef _WIN64
+        // The 64-bit convention passes a Variant by value as a pointer to the
+        // caller's copy (the slot's); some runtimes' DispCallFunc spread it
+        // over two slots instead, so these calls never go there.
+        if (types[i] == VT_VARIANT) {
+            w[i] = reinterpret_cast<ULONG_PTR>(args[i]);
+            continue;
+        }
+#endif
         if (!wordArgument(*args[i], w[i])) return false;
+    }
     using W = ULONG_PTR;
     void* entry = (*static_cast<void***>(instance))[fn.vtableOffset / static_cast<SHORT>(sizeof(void*))];
     switch (count) {
@@ -975,7 +986,7 @@ HRESULT DispatchTable::invoke(void* instance, DISPID id, LCID lcid, WORD flags, 
     }
 
     HRESULT memberResult;
-    if (!callDirect(instance, *fn, callArgs, count, memberResult)) {
+    if (!callDirect(instance, *fn, callTypes, callArgs, count, memberResult)) {
         VARIANT ret;
         VariantInit(&ret);
         HRESULT hr = DispCallFunc(instance, static_cast<ULONG_PTR>(fn->vtableOffset), fn->callConv, VT_I4,

@@ -275,3 +275,42 @@ TEST_F(DispatchTest, EventsCarryTheRecordByReference) {
     EXPECT_EQ(1, prev[0]);
     EXPECT_EQ(4, prev[3]);
 }
+
+TEST(DispatchConventions, VariantsByValueTypedReferencesAndLeftOutReferences) {
+    // Optional Variants by value, left out or given: passed as the platform's
+    // calling convention wants them (by pointer on 64-bit).
+    ComPtr<IDispatch> sort = create<IDispatch>(CLSID_SortMethods, IID_IDispatch);
+    Variant numbers = longArray({3, 1, 2});
+    CallResult quick;
+    call(quick, sort.get(), L"QuickSortArray", DISPATCH_METHOD, {vRef(&numbers), vMissing(), vLong(-1)});
+    ASSERT_EQ(S_OK, quick.hr);
+    EXPECT_EQ(VARIANT_TRUE, V_BOOL(&quick.value));
+    EXPECT_EQ((Longs{3, 2, 1}), arrayLongs(numbers));
+
+    // A typed array variable by reference (VB's Dim a() As Long) is sorted where it is.
+    SAFEARRAYBOUND b{4, 0};
+    SAFEARRAY* typed = SafeArrayCreate(VT_I4, 1, &b);
+    long values[] = {9, 4, 7, 1};
+    for (LONG i = 0; i < 4; ++i) SafeArrayPutElement(typed, &i, &values[i]);
+    VARIANT byRef;
+    VariantInit(&byRef);
+    V_VT(&byRef) = VT_BYREF | VT_ARRAY | VT_I4;
+    V_ARRAYREF(&byRef) = &typed;
+    CallResult shell;
+    call(shell, sort.get(), L"ShellSortArray", DISPATCH_METHOD, {byRef});
+    EXPECT_EQ(VARIANT_TRUE, V_BOOL(&shell.value));
+    long first = 0, last = 0;
+    LONG i0 = 0, i3 = 3;
+    SafeArrayGetElement(typed, &i0, &first);
+    SafeArrayGetElement(typed, &i3, &last);
+    EXPECT_EQ(1, first);
+    EXPECT_EQ(9, last);
+    SafeArrayDestroy(typed);
+
+    // A String by reference left out arrives as null: here "no delimiter".
+    ComPtr<IDispatch> cipher = create<IDispatch>(CLSID_EncryptMethods, IID_IDispatch);
+    CallResult random;
+    call(random, cipher.get(), L"GenerateRandomString", DISPATCH_METHOD, {vLong(10)});
+    ASSERT_EQ(VT_BSTR, V_VT(&random.value));
+    EXPECT_EQ(10u, SysStringLen(V_BSTR(&random.value)));
+}
