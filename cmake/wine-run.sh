@@ -17,7 +17,9 @@ if [ "$bits" = 32 ]; then
 else
     loader=/usr/lib/wine/wine64
 fi
-export WINEPREFIX="$prefix" WINEDEBUG="${WINEDEBUG:--all}" WINEDLLOVERRIDES="mscoree,mshtml="
+# No debugger on a crash: the program just fails, and no debugger process keeps
+# the prefix's server (and whoever waits for it) alive.
+export WINEPREFIX="$prefix" WINEDEBUG="${WINEDEBUG:--all}" WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe=d"
 out=$(mktemp)
 "$loader" "$@" >"$out" 2>&1
 rc=$?

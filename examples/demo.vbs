@@ -138,4 +138,41 @@ On Error GoTo 0
 Set copy = Nothing
 Set other = Nothing
 Set r = Nothing
+
+' -------------------------------------------------------- text and data
+WScript.Echo ""
+WScript.Echo "== The text and data helpers"
+Dim sm, so, dm, em, path, name, list, d, keyA, keyB, secret
+Set sm = CreateObject("TOVA32.StringMethods")
+path = "C:\Projects\Demo\report.final.txt"
+Say "StringMethods splits """ & path & """: drive " & sm.GetFileDrive(path) & _
+    ", folder " & sm.GetFilePath(path) & ", title " & sm.GetFileTitle(path, False) & _
+    ", extension " & sm.GetFileExtension(path) & ", backup name " & sm.GetBackupFilename(path) & "."
+Say "Shortened to 20 characters it reads " & sm.TrimDirString(path, 20) & "."
+name = "ada lovelace"
+sm.ConvertString name
+Say "ConvertString capitalises words in the variable itself: " & name & "."
+Say "IsLike(""report.final.txt"", ""*.TXT"") is " & sm.IsLike("report.final.txt", "*.TXT") & _
+    " (text comparison), with Compare 0 it is " & sm.IsLike("report.final.txt", "*.TXT", 0) & "."
+Say "FormatHex(48879) = " & sm.FormatHex(48879) & "; the access key of ""Save &As"" is " & sm.GetAccessKey("Save &As") & "."
+Say sm.ConvResString("Hello <NAME>, this is version <VERSION>.", "<name>", "Ann", , Array(2, 0, 38))
+
+Set so = CreateObject("TOVA32.SortMethods")
+list = Array(42, 7, 19, 3, 25)
+so.ShellSortArray list
+Say "SortMethods sorts an array in place: " & ArrayText(list) & "."
+
+Set dm = CreateObject("TOVA32.DictionaryMethods")
+Set d = dm.CreateDictionary()
+d.Add "red", 255: d.Add "green", 65280: d.Add "blue", 16711680
+dm.ChangeIndex d, "blue", 1
+Say "DictionaryMethods reads a Dictionary by position: first key " & dm.GetKey(d, 1) & _
+    ", ""green"" is at position " & dm.GetIndex(d, "GREEN") & " of " & dm.GetCount(d) & "."
+
+Set em = CreateObject("TOVA32.EncryptMethods")
+keyA = "north": keyB = "wind"
+secret = em.Encrypt("meet at noon", keyA, keyB, 2)
+Say "EncryptMethods enciphers ""meet at noon"" to " & em.Hexise(secret) & " (hex) and back: """ & _
+    em.Decrypt(secret, keyA, keyB, 2) & """."
+
 WScript.Echo "demo.vbs: done"

@@ -53,7 +53,7 @@ unregister() {
     wine_run "$sysdir\\regsvr32.exe" /s /u "$(winpath "$dll")" ||
         echo "demo: regsvr32 /u failed" >&2
     # Let the prefix's server finish before the caller goes on.
-    WINEPREFIX="$prefix" wineserver -w 2>/dev/null || true
+    WINEPREFIX="$prefix" timeout 60 wineserver -w 2>/dev/null || WINEPREFIX="$prefix" wineserver -k 2>/dev/null || true
 }
 trap unregister EXIT
 

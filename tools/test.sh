@@ -11,5 +11,6 @@ for b in 32 64; do
     ctest --test-dir "build/win$b" --output-on-failure --timeout 600 || status=1
 done
 # Let the prefix's server finish before the caller goes on.
-WINEPREFIX="$PWD/build/wineprefix" wineserver -w 2>/dev/null || true
+WINEPREFIX="$PWD/build/wineprefix" timeout 60 wineserver -w 2>/dev/null ||
+    WINEPREFIX="$PWD/build/wineprefix" wineserver -k 2>/dev/null || true
 exit $status

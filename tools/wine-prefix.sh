@@ -11,7 +11,7 @@ lock="$prefix.lock"
 exec 9>"$lock"
 flock 9
 [ -f "$prefix/.tova-ready" ] && exit 0
-export WINEPREFIX="$prefix" WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+export WINEPREFIX="$prefix" WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe=d"
 log="$prefix.log"
 {
     /usr/lib/wine/wine64 wineboot -i &&
