@@ -321,13 +321,9 @@ bool isMissing(const VARIANT* v) {
 
 // Size of the value part of a VARIANT of type vt, for change detection.
 size_t valueSize(VARTYPE vt) {
-    switch (vt) {
-    case VT_I1: case VT_UI1: return 1;
-    case VT_I2: case VT_UI2: case VT_BOOL: return 2;
-    case VT_I4: case VT_UI4: case VT_R4: case VT_ERROR: case VT_INT: case VT_UINT: return 4;
-    case VT_DECIMAL: return sizeof(DECIMAL) - 2;
-    default: return 8;
-    }
+    if (vt == VT_DECIMAL) return sizeof(DECIMAL) - 2;
+    size_t n = scalarBytes(vt);
+    return n ? n : 8;
 }
 
 // Reads element `i` (0-based from the lower bound) of a one-dimensional array as a Variant.

@@ -197,6 +197,19 @@ private:
 
 // ----------------------------------------------------------------- conversions
 
+// Bytes of a value of type vt that a VARIANT holds in place (numbers, Booleans,
+// dates, strings and interfaces by their pointer); 0 for the other types.
+inline size_t scalarBytes(VARTYPE vt) {
+    switch (vt) {
+    case VT_I1: case VT_UI1: return 1;
+    case VT_I2: case VT_UI2: case VT_BOOL: return 2;
+    case VT_I4: case VT_UI4: case VT_INT: case VT_UINT: case VT_R4: case VT_ERROR: return 4;
+    case VT_I8: case VT_UI8: case VT_R8: case VT_CY: case VT_DATE: return 8;
+    case VT_BSTR: case VT_DISPATCH: case VT_UNKNOWN: return sizeof(void*);
+    default: return 0;
+    }
+}
+
 // Automation Boolean: true is -1; any non-zero value passed in counts as true.
 inline VARIANT_BOOL toVB(bool b) { return b ? VARIANT_TRUE : VARIANT_FALSE; }
 inline bool fromVB(VARIANT_BOOL b) { return b != 0; }

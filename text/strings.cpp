@@ -49,18 +49,6 @@ constexpr size_t npos = std::wstring::npos;
 
 // ------------------------------------------------------------------ Variants
 
-// Bytes of a value of type vt held directly in a VARIANT; 0 for the rest.
-size_t scalarSize(VARTYPE vt) {
-    switch (vt) {
-    case VT_I1: case VT_UI1: return 1;
-    case VT_I2: case VT_UI2: case VT_BOOL: return 2;
-    case VT_I4: case VT_UI4: case VT_INT: case VT_UINT: case VT_R4: case VT_ERROR: return 4;
-    case VT_I8: case VT_UI8: case VT_R8: case VT_CY: case VT_DATE: return 8;
-    case VT_BSTR: case VT_DISPATCH: case VT_UNKNOWN: return sizeof(void*);
-    default: return 0;
-    }
-}
-
 // What a Variant holds, looking through references: a shallow copy that owns
 // nothing (never clear it). Null gives Empty.
 VARIANT view(const VARIANT* v) {
@@ -84,7 +72,7 @@ VARIANT view(const VARIANT* v) {
         V_ARRAY(&out) = *V_ARRAYREF(v);
     } else if (vt == VT_DECIMAL) {
         out.decVal = *V_DECIMALREF(v);
-    } else if (size_t n = scalarSize(vt)) {
+    } else if (size_t n = scalarBytes(vt)) {
         std::memcpy(&V_UI1(&out), V_BYREF(v), n);
     }
     V_VT(&out) = vt;
@@ -114,7 +102,7 @@ Variant elementAt(const VARIANT& array, long index) {
         DECIMAL d{};
         hr = SafeArrayGetElement(sa, &i, &d);
         if (SUCCEEDED(hr)) { out.decVal = d; V_VT(&out) = VT_DECIMAL; }
-    } else if (scalarSize(vt)) {
+    } else if (scalarBytes(vt)) {
         hr = SafeArrayGetElement(sa, &i, &V_UI1(&out));
         if (SUCCEEDED(hr)) V_VT(&out) = vt;
     } else {
