@@ -13,31 +13,22 @@
 #include "frame/typelib.h"
 #include "text/cipher.h"
 
+#include "clock.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
 namespace {
 
-double seconds() {
-    static LARGE_INTEGER frequency = [] {
-        LARGE_INTEGER f;
-        QueryPerformanceFrequency(&f);
-        return f;
-    }();
-    LARGE_INTEGER t;
-    QueryPerformanceCounter(&t);
-    return static_cast<double>(t.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
-
 // Best time of `runs` calls of f.
 template <class F>
 double best(F&& f, int runs = 5) {
     double fastest = 1e300;
     for (int r = 0; r < runs; ++r) {
-        double start = seconds();
+        double start = benchSeconds();
         f();
-        double t = seconds() - start;
+        double t = benchSeconds() - start;
         if (t < fastest) fastest = t;
     }
     return fastest;

@@ -7,22 +7,13 @@
 #include <windows.h>
 
 #include <algorithm>
+#include "clock.h"
+
 #include <cstdio>
 #include <random>
 #include <string>
 
 namespace {
-
-double now() {
-    static LARGE_INTEGER frequency = [] {
-        LARGE_INTEGER f;
-        QueryPerformanceFrequency(&f);
-        return f;
-    }();
-    LARGE_INTEGER t;
-    QueryPerformanceCounter(&t);
-    return double(t.QuadPart) / double(frequency.QuadPart);
-}
 
 bool like(const std::wstring& text, const std::wstring& pattern, bool ignoreCase) {
     return tova::isLike(text.data(), text.size(), pattern.data(), pattern.size(), ignoreCase);
@@ -33,9 +24,9 @@ template <class F>
 double best(int runs, F&& f) {
     double t = 1e9;
     for (int k = 0; k < runs; ++k) {
-        double start = now();
+        double start = benchSeconds();
         f();
-        t = std::min(t, now() - start);
+        t = std::min(t, benchSeconds() - start);
     }
     return t;
 }

@@ -45,12 +45,6 @@ ComPtr<ITypeInfo> typeInfoOf(REFGUID guid) {
     return info;
 }
 
-ComPtr<IRecordInfo> recordInfoOf(REFGUID guid) {
-    ComPtr<IRecordInfo> record;
-    if (ComPtr<ITypeInfo> info = typeInfoOf(guid)) GetRecordInfoFromTypeInfo(info.get(), record.put());
-    return record;
-}
-
 std::wstring foldName(const wchar_t* name) {
     std::wstring s = name ? name : L"";
     if (!s.empty()) CharLowerBuffW(&s[0], static_cast<DWORD>(s.size()));
@@ -273,17 +267,6 @@ const DispatchTable::Member* DispatchTable::member(DISPID id) const {
     }
     if (m && !m->get && !m->put && !m->putref && !m->method) return nullptr;
     return m;
-}
-
-const FunctionInfo* DispatchTable::find(DISPID id, INVOKEKIND kind) const {
-    const Member* m = member(id);
-    if (!m) return nullptr;
-    switch (kind) {
-    case INVOKE_PROPERTYGET: return m->get;
-    case INVOKE_PROPERTYPUT: return m->put;
-    case INVOKE_PROPERTYPUTREF: return m->putref;
-    default: return m->method;
-    }
 }
 
 HRESULT DispatchTable::idsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const {

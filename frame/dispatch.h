@@ -23,8 +23,6 @@ namespace tova {
 ITypeLib* typeLibrary();
 // Type information of a type in the library.
 ComPtr<ITypeInfo> typeInfoOf(REFGUID guid);
-// Record information of a record type in the library.
-ComPtr<IRecordInfo> recordInfoOf(REFGUID guid);
 // Releases the type library when the module unloads.
 void releaseTypeLibrary();
 
@@ -68,8 +66,6 @@ public:
     HRESULT idsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const;
     HRESULT invoke(void* instance, DISPID id, LCID lcid, WORD flags, DISPPARAMS* params,
                    VARIANT* result, EXCEPINFO* excep, UINT* argErr) const;
-
-    const FunctionInfo* find(DISPID id, INVOKEKIND kind) const;
 
 private:
     struct Member {
