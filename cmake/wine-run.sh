@@ -24,5 +24,7 @@ out=$(mktemp)
 "$loader" "$@" >"$out" 2>&1
 rc=$?
 cat "$out"
+# A failure that printed nothing (the loader or server gave up) still says what ran.
+[ $rc -ne 0 ] && [ ! -s "$out" ] && echo "wine-run: $1 exited with code $rc and printed nothing"
 rm -f "$out"
 exit $rc
