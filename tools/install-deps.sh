@@ -17,5 +17,5 @@ sudo=""
 export DEBIAN_FRONTEND=noninteractive
 $sudo dpkg --add-architecture i386
 # A failing i386 security index is reported as an error; the main index is enough.
-$sudo apt-get update || true
-$sudo apt-get install -y -t bookworm --no-install-recommends "${pkgs[@]}"
+$sudo apt-get -o DPkg::Lock::Timeout=600 update || true
+$sudo apt-get -o DPkg::Lock::Timeout=600 install -y -t bookworm --no-install-recommends "${pkgs[@]}"
