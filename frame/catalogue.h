@@ -16,7 +16,9 @@ namespace tova {
     X(StringMethods, Global)      \
     X(SortMethods, Global)        \
     X(DictionaryMethods, Global)  \
-    X(EncryptMethods, Global)
+    X(EncryptMethods, Global)     \
+    X(Rectangles, Creatable)      \
+    X(Polygon, Creatable)
 
 struct ClassEntry {
     const wchar_t* name;

@@ -296,12 +296,6 @@ HRESULT DispatchTable::idsOfNames(LPOLESTR* names, UINT count, DISPID* ids) cons
 
 namespace {
 
-bool isMissing(const VARIANT* v) {
-    if (!v) return true;
-    if (V_VT(v) == (VT_BYREF | VT_VARIANT)) v = V_VARIANTREF(v);
-    return v && V_VT(v) == VT_ERROR && V_ERROR(v) == DISP_E_PARAMNOTFOUND;
-}
-
 // Size of the value part of a VARIANT of type vt, for change detection.
 size_t valueSize(VARTYPE vt) {
     if (vt == VT_DECIMAL) return sizeof(DECIMAL) - 2;

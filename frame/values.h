@@ -211,6 +211,13 @@ inline size_t scalarBytes(VARTYPE vt) {
 }
 
 // Automation Boolean: true is -1; any non-zero value passed in counts as true.
+// Null, or the marker of an optional argument left out (seen through
+// by-reference Variants).
+inline bool isMissing(const VARIANT* v) {
+    while (v && V_VT(v) == (VT_BYREF | VT_VARIANT)) v = V_VARIANTREF(v);
+    return !v || (V_VT(v) == VT_ERROR && V_ERROR(v) == DISP_E_PARAMNOTFOUND);
+}
+
 inline VARIANT_BOOL toVB(bool b) { return b ? VARIANT_TRUE : VARIANT_FALSE; }
 inline bool fromVB(VARIANT_BOOL b) { return b != 0; }
 

@@ -3,6 +3,7 @@
 #include "../graphics/gdi_draw.h"
 #include "../windows/api_draw.h"
 #include "rect_math.h"
+#include "tag.h"
 
 namespace tova {
 
@@ -96,25 +97,8 @@ STDMETHODIMP Rectangle::get_MidPoint(POINTAPI* pRet) {
 
 // -------------------------------------------------------------------- Tag
 
-STDMETHODIMP Rectangle::get_Tag(VARIANT* pRet) {
-    return guard([&] {
-        VariantInit(required(pRet));
-        HRESULT hr = VariantCopy(pRet, &tag_);
-        if (FAILED(hr)) raise(kOutOfMemory);
-    });
-}
-
-// Let stores a copy of the value; an object given to let is stored by
-// reference, as set does, so that hosts without a set statement can tag objects.
-STDMETHODIMP Rectangle::put_Tag(VARIANT* Tag) {
-    return guard([&] {
-        Variant copy;
-        HRESULT hr = VariantCopyInd(&copy, required(Tag));
-        if (FAILED(hr)) raise(hr == DISP_E_BADVARTYPE ? kTypeMismatch : kOutOfMemory);
-        tag_ = std::move(copy);
-    });
-}
-
+STDMETHODIMP Rectangle::get_Tag(VARIANT* pRet) { return guard([&] { readTag(tag_, pRet); }); }
+STDMETHODIMP Rectangle::put_Tag(VARIANT* Tag) { return guard([&] { storeTag(tag_, Tag); }); }
 STDMETHODIMP Rectangle::putref_Tag(VARIANT* Tag) { return put_Tag(Tag); }
 
 // ----------------------------------------------------------------- setting

@@ -431,6 +431,28 @@ Variant plainCopy(const VARIANT& v) {
 
 }  // namespace
 
+Selector select(const VARIANT& rawIndex) {
+    Selector s;
+    const VARIANT& index = deref(rawIndex);
+    if (isString(index)) {
+        s.kind = Selector::kKey;
+        s.key = stringOf(index);
+    } else if (positionOf(index, s.position)) {
+        s.kind = Selector::kPosition;
+    }
+    return s;
+}
+
+bool objectOf(const VARIANT& rawIndex, IUnknown*& object) {
+    const VARIANT& v = deref(rawIndex);
+    if (!isObject(v)) return false;
+    if (baseType(v) == VT_DISPATCH)
+        object = (V_VT(&v) & VT_BYREF) ? *V_DISPATCHREF(&v) : V_DISPATCH(&v);
+    else
+        object = (V_VT(&v) & VT_BYREF) ? *V_UNKNOWNREF(&v) : V_UNKNOWN(&v);
+    return true;
+}
+
 // ------------------------------------------------------------------- public
 
 ComPtr<IDispatch> create(long compareMode) {

@@ -23,6 +23,20 @@ namespace dictionary {
 // Comparison modes of the scripting Dictionary.
 enum CompareMode : long { kBinaryCompare = 0, kTextCompare = 1, kDatabaseCompare = 2 };
 
+// How an index selects an entry: a String by key, any other value by 1-based
+// position (read as a number, ties to even). Neither when the value cannot be
+// read as a number. The key is borrowed from the index.
+struct Selector {
+    enum Kind { kNone, kKey, kPosition } kind = kNone;
+    BSTR key = nullptr;
+    long position = 0;
+};
+Selector select(const VARIANT& index);
+
+// The object an index holds (Nothing included), seen through by-reference
+// Variants; false for any other value.
+bool objectOf(const VARIANT& index, IUnknown*& object);
+
 // A new scripting Dictionary with its CompareMode set (a mode it refuses leaves
 // its own default); null when the runtime cannot create one.
 ComPtr<IDispatch> create(long compareMode = kTextCompare);

@@ -337,12 +337,6 @@ std::wstring readFromReader(IUnknown* reader, long resourceId, long localeId) {
 
 // ------------------------------------------------------------------ Variants
 
-bool isMissing(const VARIANT* v) {
-    if (!v) return true;
-    VARIANT x = view(v);
-    return V_VT(&x) == VT_ERROR && V_ERROR(&x) == DISP_E_PARAMNOTFOUND;
-}
-
 bool getArrayBounds(const VARIANT* v, long& lower, long& upper) {
     lower = upper = 0;
     VARIANT x = view(v);

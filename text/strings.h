@@ -24,9 +24,6 @@ namespace strings {
 
 // ------------------------------------------------------------------ Variants
 
-// Null, or the "missing" marker of an optional argument left out.
-bool isMissing(const VARIANT* v);
-
 // The bounds of the first dimension of the array a Variant holds. False, with
 // both bounds 0, for Empty, Null, non-arrays and arrays never dimensioned.
 bool getArrayBounds(const VARIANT* v, long& lower, long& upper);
