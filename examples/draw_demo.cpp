@@ -327,6 +327,38 @@ int run(const std::string& path) {
     SelectObject(canvas.dc, oldFont);
     DeleteObject(font);
 
+    // Kite: a polygon built point by point, turned about its centre, filled.
+    say("Kite: a Polygon of four points, Rotate about its CentrePoint by 25 degrees, Draw filled.");
+    ComPtr<_Polygon> kite = create<_Polygon>(L"TOVA32.Polygon", IID__Polygon);
+    ComPtr<_Points> corners;
+    check(kite->get_Points(corners.put()), "Polygon.Points");
+    const double shape[][2] = {{110, 14}, {128, 38}, {110, 70}, {92, 38}};
+    for (const auto& c : shape) {
+        VARIANT last;
+        VariantInit(&last);
+        V_VT(&last) = VT_ERROR;
+        V_ERROR(&last) = DISP_E_PARAMNOTFOUND;
+        double x = c[0], y = c[1];
+        ComPtr<_Point> added;
+        check(corners->Add(&last, &x, &y, added.put()), "Points.Add");
+    }
+    ComPtr<_Point> centre;
+    check(kite->get_CentrePoint(centre.put()), "CentrePoint");
+    double cx = 0, cy = 0, angle = 25 * 3.14159265358979 / 180;
+    centre->get_X(&cx);
+    centre->get_Y(&cy);
+    check(kite->Rotate(&angle, &cx, &cy), "Rotate");
+    PenStyleConstants kiteLine = PS_SOLID;
+    LONG kiteBorder = RGB(120, 20, 90), kiteWidth = 2, kiteFill = RGB(235, 90, 160);
+    BrushStyleConstants kiteBrush = BS_SOLID;
+    HatchStyleConstants kiteHatch = HS_CROSS;
+    check(kite->Draw(hdc, &kiteLine, &kiteBorder, &kiteWidth, &kiteFill, &kiteBrush, &kiteHatch), "Polygon.Draw");
+    ComPtr<_Rectangle> kiteBounds;
+    check(kite->get_Rectangle(kiteBounds.put()), "Polygon.Rectangle");
+    TOVA_RECT kb{};
+    kiteBounds->get_RECT(&kb);
+    std::printf("The turned kite spans %s.\n", edges(kb).c_str());
+
     // Frame: the whole picture again, outlined with a hollow brush.
     say("Frame: FitToDC again, and GDIMethods.DrawRectangle with BS_HOLLOW around the picture.");
     check(rect->FitToDC(hdc, &ok), "FitToDC");

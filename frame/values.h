@@ -5,6 +5,9 @@
 #include "typelib.h"
 
 #include <cmath>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 #include <cstring>
 #include <string>
 #include <utility>
@@ -227,7 +230,17 @@ inline long roundToLong(double v) {
     if (std::isnan(v)) return 0;
     if (v >= 2147483647.0) return 2147483647L;
     if (v <= -2147483648.0) return -2147483647L - 1;
-    return static_cast<long>(std::nearbyint(v));  // default rounding mode: ties to even
+    // The processor's conversion in its default mode, ties to even: nearbyint
+    // costs over 100 ns a call here, and polygons round every vertex.
+#if defined(__SSE2__)
+    return _mm_cvtsd_si32(_mm_set_sd(v));
+#elif defined(__i386__)
+    long r;
+    __asm__("fistpl %0" : "=m"(r) : "t"(v) : "st");
+    return r;
+#else
+    return static_cast<long>(std::nearbyint(v));
+#endif
 }
 
 // Handles travel as Long; on 64-bit Windows they are 32-bit significant and sign-extended.

@@ -17,36 +17,46 @@ namespace {
 // Asked of an object to learn whether it is one of our points; never published.
 const IID kPointImplementation = {0x638dee95, 0x7b98, 0x480c, {0xb3, 0x08, 0x60, 0x26, 0xb2, 0x61, 0xbe, 0xa5}};
 
-// New version-4 GUIDs from the system's random generator, fetched in batches:
-// a polygon of 100,000 vertices is cloned in milliseconds, not one system call
-// per vertex.
+// New version-4 GUIDs. The system's random generator costs a system call per
+// batch of 16 bytes or so here; a per-thread xoshiro256** generator seeded from
+// it draws a key in nanoseconds, so a polygon of 100,000 vertices is cloned
+// in milliseconds, and 256 bits of state keep the keys apart.
 class KeySource {
 public:
+    KeySource() {
+        if (!RtlGenRandom(state_, sizeof state_)) {
+            // Never seen; platform GUIDs seed the generator all the same.
+            for (int i = 0; i < 4; i += 2) {
+                GUID g;
+                CoCreateGuid(&g);
+                state_[i] = (uint64_t(g.Data1) << 32) | (uint64_t(g.Data2) << 16) | g.Data3;
+                state_[i + 1] = 0;
+                for (unsigned char b : g.Data4) state_[i + 1] = (state_[i + 1] << 8) | b;
+            }
+        }
+        if (!(state_[0] | state_[1] | state_[2] | state_[3])) state_[0] = 1;
+    }
     PointKey next() {
-        if (used_ == kBatch) refill();
-        PointKey k = batch_[used_++];
+        PointKey k{draw(), draw()};
         k.high = (k.high & ~0xF000ull) | 0x4000ull;                       // version 4
         k.low = (k.low & 0x3FFFFFFFFFFFFFFFull) | 0x8000000000000000ull;  // RFC 4122 variant
         return k;
     }
 
 private:
-    static constexpr size_t kBatch = 256;
-    void refill() {
-        if (!RtlGenRandom(batch_, sizeof batch_)) {
-            // Never seen; a GUID from the platform keeps the keys unique all the same.
-            for (PointKey& k : batch_) {
-                GUID g;
-                CoCreateGuid(&g);
-                k.high = (uint64_t(g.Data1) << 32) | (uint64_t(g.Data2) << 16) | g.Data3;
-                k.low = 0;
-                for (unsigned char b : g.Data4) k.low = (k.low << 8) | b;
-            }
-        }
-        used_ = 0;
+    static uint64_t rotl(uint64_t x, int k) { return (x << k) | (x >> (64 - k)); }
+    uint64_t draw() {
+        uint64_t* s = state_;
+        const uint64_t result = rotl(s[1] * 5, 7) * 9, t = s[1] << 17;
+        s[2] ^= s[0];
+        s[3] ^= s[1];
+        s[1] ^= s[2];
+        s[0] ^= s[3];
+        s[2] ^= t;
+        s[3] = rotl(s[3], 45);
+        return result;
     }
-    PointKey batch_[kBatch];
-    size_t used_ = kBatch;
+    uint64_t state_[4];
 };
 
 thread_local KeySource keys;
@@ -73,6 +83,69 @@ bool parseKey(BSTR text, PointKey& key) {
     return true;
 }
 
+// Fixed-size blocks for points, carved from slabs of 1,024. A freed block is
+// reused by the next point; like the heap's own free lists, the slabs stay
+// until the library unloads (a polygon popped or cloned again reuses them
+// instead of paying for fresh pages). The heap here costs a microsecond a block.
+class PointPool {
+public:
+    void* take(size_t size) {
+        if (size > kBlock) return nullptr;
+        AcquireSRWLockExclusive(&lock_);
+        if (!free_) grow();
+        Block* b = free_;
+        if (b) {
+            free_ = b->next;
+        }
+        ReleaseSRWLockExclusive(&lock_);
+        return b;
+    }
+    void give(void* p) {
+        if (!p) return;
+        AcquireSRWLockExclusive(&lock_);
+        Block* b = static_cast<Block*>(p);
+        b->next = free_;
+        free_ = b;
+        ReleaseSRWLockExclusive(&lock_);
+    }
+    ~PointPool() {
+        for (void* slab : slabs_) ::operator delete(slab);
+    }
+
+private:
+    static constexpr size_t kBlock = 176;
+    static constexpr size_t kPerSlab = 1024;
+    union Block {
+        Block* next;
+        alignas(16) unsigned char bytes[kBlock];
+    };
+    void grow() {
+        Block* slab = static_cast<Block*>(::operator new(sizeof(Block) * kPerSlab, std::nothrow));
+        if (!slab) return;
+        try {
+            slabs_.push_back(slab);
+        } catch (...) {
+            ::operator delete(slab);
+            return;
+        }
+        for (size_t i = kPerSlab; i-- > 0;) {
+            slab[i].next = free_;
+            free_ = &slab[i];
+        }
+    }
+    SRWLOCK lock_ = SRWLOCK_INIT;
+    Block* free_ = nullptr;
+    std::vector<void*> slabs_;
+};
+
+PointPool pool;
+
+}  // namespace
+
+static_assert(sizeof(Point) <= 176, "a point fits its pool block");
+
+namespace {
+
 // Rounded to a whole number (ties to even) and back: a point reports its
 // previous coordinates as whole numbers even when they were fractional.
 double whole(double v) { return static_cast<double>(roundToLong(v)); }
@@ -82,6 +155,16 @@ double whole(double v) { return static_cast<double>(roundToLong(v)); }
 // ===================================================================== Point
 
 Point::Point() : key_(keys.next()) {}
+
+void* Point::operator new(size_t size) {
+    void* p = pool.take(size);
+    if (!p) throw std::bad_alloc();
+    return p;
+}
+
+void* Point::operator new(size_t size, const std::nothrow_t&) noexcept { return pool.take(size); }
+
+void Point::operator delete(void* p) noexcept { pool.give(p); }
 
 Point::~Point() = default;
 

@@ -67,6 +67,12 @@ public:
 
     void* queryOther(REFIID riid);
 
+    // Points come and go by the hundred thousand (Clone, PopState): they live
+    // in slabs of their own instead of the process heap.
+    static void* operator new(size_t size);
+    static void* operator new(size_t size, const std::nothrow_t&) noexcept;
+    static void operator delete(void* p) noexcept;
+
 private:
     friend class Object<Point, _Point>;
     friend class Points;

@@ -71,7 +71,7 @@ if ! grep -qx 'demo.vbs: done' <<<"$out"; then
 fi
 
 echo
-echo "== draw_demo: a picture drawn with Rectangle, GDIMethods and APIMethods"
+echo "== draw_demo: a picture drawn with Rectangle, Polygon, GDIMethods and APIMethods"
 rm -f "$picture"
 out=$(wine_run "build/win$bits/bin/draw_demo.exe" "$(winpath "$picture")" | tr -d '\r') || status=1
 printf '%s\n' "$out"
