@@ -113,12 +113,20 @@ TEST(Cipher, IntoTheCallersBufferGivesTheSameResult) {
     NEEDS_SINGLE_BYTE_CODE_PAGE();
     const std::wstring text = L"Into a buffer of the caller's";
     std::wstring a = L"ab", b = L"cde", a2 = a, b2 = b;
+    const Key ka{a.data(), a.size()}, kb{b.data(), b.size()};
     std::wstring buffer(text.size() + 1, L'#');
-    EXPECT_EQ(text.size(), encrypt(text.data(), text.size(), a, b, 3, &buffer[0]));
+    EXPECT_EQ(text.size(), encrypt(text.data(), text.size(), ka, kb, 3, &buffer[0]));
     EXPECT_EQ(encrypt(text, a2, b2, 3) + L"#", buffer) << "nothing written past the text";
-    EXPECT_EQ(a2, a);
-    EXPECT_EQ(text.size(), decrypt(buffer.data(), text.size(), a, b, 3, &buffer[0])) << "in place";
+    EXPECT_EQ(text.size(), decrypt(buffer.data(), text.size(), ka, kb, 3, &buffer[0])) << "in place";
     EXPECT_EQ(text + L"#", buffer);
+
+    // The keys the caller gets back: doubled from one period to the text's length.
+    ASSERT_EQ(32u, doubledLength(a.size(), text.size()));
+    std::wstring doubled(32, L'-');
+    writeDoubled(ka, &doubled[0], doubled.size());
+    EXPECT_EQ(a2, doubled);
+    EXPECT_EQ(3u, doubledLength(3, 1)) << "a key longer than the text stays";
+    EXPECT_EQ(48u, doubledLength(3, 29));
 }
 
 TEST(Cipher, LevelZeroAndEmptyKeys) {

@@ -100,20 +100,26 @@ struct KeyCodes {
     std::vector<unsigned char> a, b;
 };
 
+// One period of each key, as codes, for a text of `length` (> 0) characters.
+KeyCodes keyCodes(Key keyA, Key keyB, size_t length) {
+    // Doubling an empty key never reaches the length: the loop would run forever,
+    // so this is refused as an invalid argument before anything changes.
+    if (keyA.length == 0 || keyB.length == 0) raise(kInvalidArgument);
+    KeyCodes k;
+    k.a.resize(std::min(keyA.length, length));
+    k.b.resize(std::min(keyB.length, length));
+    toCodes(keyA.text, k.a.size(), k.a.data());
+    toCodes(keyB.text, k.b.size(), k.b.data());
+    return k;
+}
+
 // Checks the keys, doubles them for a text of `length` (> 0) characters and
 // reads one period of each.
 KeyCodes prepareKeys(std::wstring& keyA, std::wstring& keyB, size_t length) {
-    // Doubling an empty key never reaches the length: the loop would run forever,
-    // so this is refused as an invalid argument before anything changes.
     if (keyA.empty() || keyB.empty()) raise(kInvalidArgument);
     const size_t periodA = doubleKey(keyA, length);
     const size_t periodB = doubleKey(keyB, length);
-    KeyCodes k;
-    k.a.resize(std::min(periodA, length));
-    k.b.resize(std::min(periodB, length));
-    toCodes(keyA.data(), k.a.size(), k.a.data());
-    toCodes(keyB.data(), k.b.size(), k.b.data());
-    return k;
+    return keyCodes(Key{keyA.data(), periodA}, Key{keyB.data(), periodB}, length);
 }
 
 // Runs `level` (> 0) rounds over in[0, length) into `o`; returns the number of
@@ -180,14 +186,14 @@ std::wstring cipher(const std::wstring& text, std::wstring& keyA, std::wstring& 
     return out;
 }
 
-size_t cipher(const wchar_t* text, size_t length, std::wstring& keyA, std::wstring& keyB, long level,
-              Direction direction, wchar_t* out) {
+size_t cipher(const wchar_t* text, size_t length, Key keyA, Key keyB, long level, Direction direction,
+              wchar_t* out) {
     if (length == 0) return 0;
     if (level <= 0) {
-        std::memcpy(out, text, length * sizeof(wchar_t));
+        std::memmove(out, text, length * sizeof(wchar_t));
         return length;
     }
-    KeyCodes keys = prepareKeys(keyA, keyB, length);
+    KeyCodes keys = keyCodes(keyA, keyB, length);
     return transform(text, length, keys, level, direction, out);
 }
 
@@ -281,13 +287,24 @@ std::wstring decrypt(const std::wstring& text, std::wstring& keyA, std::wstring&
     return cipher(text, keyA, keyB, level, Direction::kDecrypt);
 }
 
-size_t encrypt(const wchar_t* text, size_t length, std::wstring& keyA, std::wstring& keyB, long level,
-               wchar_t* out) {
+size_t doubledLength(size_t period, size_t length) {
+    size_t target = period;
+    while (target < length) target *= 2;
+    return target;
+}
+
+void writeDoubled(Key key, wchar_t* out, size_t doubled) {
+    if (doubled == 0) return;
+    std::memcpy(out, key.text, std::min(key.length, doubled) * sizeof(wchar_t));
+    for (size_t have = key.length; have < doubled; have *= 2)
+        std::memcpy(out + have, out, std::min(have, doubled - have) * sizeof(wchar_t));
+}
+
+size_t encrypt(const wchar_t* text, size_t length, Key keyA, Key keyB, long level, wchar_t* out) {
     return cipher(text, length, keyA, keyB, level, Direction::kEncrypt, out);
 }
 
-size_t decrypt(const wchar_t* text, size_t length, std::wstring& keyA, std::wstring& keyB, long level,
-               wchar_t* out) {
+size_t decrypt(const wchar_t* text, size_t length, Key keyA, Key keyB, long level, wchar_t* out) {
     return cipher(text, length, keyA, keyB, level, Direction::kDecrypt, out);
 }
 

@@ -34,13 +34,26 @@ int randomCode(double timer);
 // non-empty text raises 5 (keys untouched).
 std::wstring encrypt(const std::wstring& text, std::wstring& keyA, std::wstring& keyB, long level);
 std::wstring decrypt(const std::wstring& text, std::wstring& keyA, std::wstring& keyB, long level);
-// The same over text[0, length) (which must not lie inside either key), written
-// to `out`, which has room for `length` characters (a BSTR, say); returns how
-// many were written: `length`, or fewer when Decrypt drops characters.
-std::size_t encrypt(const wchar_t* text, std::size_t length, std::wstring& keyA, std::wstring& keyB,
-                    long level, wchar_t* out);
-std::size_t decrypt(const wchar_t* text, std::size_t length, std::wstring& keyA, std::wstring& keyB,
-                    long level, wchar_t* out);
+
+// A key as the caller holds it. Doubled (key = key & key) for a text, it
+// repeats these characters, so the cipher reads one period and never needs
+// the doubled key itself.
+struct Key {
+    const wchar_t* text;
+    std::size_t length;
+};
+// The length a key of `period` (> 0) characters reaches, doubled until it
+// holds at least `length` characters.
+std::size_t doubledLength(std::size_t period, std::size_t length);
+// Writes `key` doubled to `doubled` characters (a doubledLength) into `out`.
+void writeDoubled(Key key, wchar_t* out, std::size_t doubled);
+// The cipher over text[0, length), written to `out`, which has room for
+// `length` characters (a BSTR, say, or the text itself); returns how many were
+// written: `length`, or fewer when Decrypt drops characters. The keys are read
+// as if doubled for the text; the caller writes the doubled keys back. Raises 5
+// for an empty key when level > 0 and the text is not empty.
+std::size_t encrypt(const wchar_t* text, std::size_t length, Key keyA, Key keyB, long level, wchar_t* out);
+std::size_t decrypt(const wchar_t* text, std::size_t length, Key keyA, Key keyB, long level, wchar_t* out);
 
 }  // namespace cipher
 }  // namespace tova

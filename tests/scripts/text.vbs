@@ -106,8 +106,18 @@ ka = "B": kb = "C"
 Check Asc(e.Encrypt("A", ka, kb)) = 198, "Encrypt level 1"
 ka = "key": kb = "other"
 c = e.Encrypt("a longer plain text", ka, kb, 3)
-Check Len(ka) >= 19 And Len(kb) >= 19, "keys doubled and written back"
+Check ka = "keykeykeykeykeykeykeykey" And kb = "otherotherotherother", "keys doubled and written back"
 Check e.Decrypt(c, ka, kb, 3) = "a longer plain text", "Decrypt round trip"
+Dim k: k = "k"
+c = e.Encrypt("ab", k, k, 2)
+Check k = "kk" And e.Decrypt(c, k, k, 2) = "ab", "one variable for both keys"
+ka = "key": c = e.Encrypt("plain", ka, kb, 0)
+Check c = "plain" And ka = "key", "level 0 leaves text and keys alone"
+On Error Resume Next
+ka = ""
+c = e.Encrypt("plain", ka, kb)
+Check Err.Number = 5, "an empty key raises 5 (got " & Err.Number & ")"
+On Error GoTo 0
 Check Len(e.GenerateRandomString(10)) = 10 And Len(e.GenerateRandomString(10, "-", 4)) = 14, "GenerateRandomString"
 
 If failures = 0 Then
