@@ -189,13 +189,188 @@ struct Component {
     int blocksW = 0, blocksH = 0;     // blocks holding samples
     int allocW = 0, allocH = 0;       // blocks covered by whole MCUs
     std::unique_ptr<int16_t[]> coef;  // allocW * allocH blocks, when collected
-    std::unique_ptr<uint8_t[]> plane; // allocW*8 x allocH*8 samples
+    // Samples of three MCU rows in a ring (8 * v rows each, allocW * 8
+    // wide): output lags decoding by one MCU row, so the upsampler sees the
+    // rows above and below the one it works on.
+    std::unique_ptr<uint8_t[]> plane;
     ptrdiff_t planeStride = 0;
+    int stripRows = 8;
     int dcTable = 0, acTable = 0;
     int pred = 0;
     int8_t bitState[64];  // lowest bit received so far per coefficient; -1 none
     bool scanned = false;
 };
+
+// ---------------------------------------------------------- upsampling
+// Row y of component c at full resolution, in `tmp` when it has to be made.
+struct Upsampler {
+    const Component* c;
+    int hmax, vmax, width;
+    enum Kind { Direct, H2V1, H2V2, H1V2, Nearest } kind;
+    std::unique_ptr<uint8_t[]> tmp;
+    std::unique_ptr<int[]> columns;  // source column per output column, for Nearest
+    std::unique_ptr<uint16_t[]> wide;
+
+    Upsampler(const Component& comp, int hm, int vm, int w) : c(&comp), hmax(hm), vmax(vm), width(w) {
+        if (c->h == hmax && c->v == vmax) kind = Direct;
+        else if (2 * c->h == hmax && c->v == vmax) kind = H2V1;
+        else if (2 * c->h == hmax && 2 * c->v == vmax) kind = H2V2;
+        else if (c->h == hmax && 2 * c->v == vmax) kind = H1V2;
+        else kind = Nearest;
+        tmp.reset(new uint8_t[static_cast<size_t>(width) + 64]);
+        wide.reset(new uint16_t[static_cast<size_t>(c->width) + 16]);
+        if (kind == Nearest) {
+            columns.reset(new int[width]);
+            for (int x = 0; x < width; ++x)
+                columns[x] = std::min(static_cast<int>(static_cast<int64_t>(x) * c->h / hmax), c->width - 1);
+        }
+    }
+    const uint8_t* srcRow(int cy) const {
+        cy = std::max(0, std::min(cy, c->height - 1));
+        int strip = (cy / c->stripRows) % 3;
+        return c->plane.get() + static_cast<ptrdiff_t>(strip * c->stripRows + cy % c->stripRows) * c->planeStride;
+    }
+
+    // Horizontal triangle filter of 16-bit sums s[0..n) (scaled by `scale`,
+    // 4 for one row, 16 for two) into 2n output samples.
+    void horizontal(const uint16_t* s, int n, int shift, int biasEven, int biasOdd, uint8_t* out) {
+        if (n == 1) {
+            out[0] = out[1] = static_cast<uint8_t>((4 * s[0] + biasEven) >> shift);
+            return;
+        }
+        int i = 0;
+        out[0] = static_cast<uint8_t>((4 * s[0] + biasEven) >> shift);
+        out[1] = static_cast<uint8_t>((3 * s[0] + s[1] + biasOdd) >> shift);
+        i = 1;
+        const __m128i three = _mm_set1_epi16(3);
+        const __m128i be = _mm_set1_epi16(static_cast<short>(biasEven)), bo = _mm_set1_epi16(static_cast<short>(biasOdd));
+        for (; i + 9 <= n; i += 8) {
+            __m128i cur = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+            __m128i prev = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i - 1));
+            __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i + 1));
+            __m128i c3 = _mm_mullo_epi16(cur, three);
+            __m128i even = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(c3, prev), be), shift);
+            __m128i odd = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(c3, next), bo), shift);
+            __m128i lo = _mm_unpacklo_epi16(even, odd), hi = _mm_unpackhi_epi16(even, odd);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 2 * i), _mm_packus_epi16(lo, hi));
+        }
+        for (; i < n - 1; ++i) {
+            out[2 * i] = static_cast<uint8_t>((3 * s[i] + s[i - 1] + biasEven) >> shift);
+            out[2 * i + 1] = static_cast<uint8_t>((3 * s[i] + s[i + 1] + biasOdd) >> shift);
+        }
+        out[2 * i] = static_cast<uint8_t>((3 * s[i] + s[i - 1] + biasEven) >> shift);
+        out[2 * i + 1] = static_cast<uint8_t>((4 * s[i] + biasOdd) >> shift);
+    }
+
+    const uint8_t* row(int y) {
+        switch (kind) {
+        case Direct:
+            return srcRow(y);
+        case H2V1: {
+            const uint8_t* r = srcRow(y);
+            for (int i = 0; i < c->width; ++i) wide[i] = r[i];
+            horizontal(wide.get(), c->width, 2, 1, 2, tmp.get());
+            return tmp.get();
+        }
+        case H2V2: {
+            int cy = y >> 1;
+            const uint8_t* nr = srcRow(cy);
+            const uint8_t* fr = srcRow((y & 1) ? cy + 1 : cy - 1);
+            int i = 0;
+            const __m128i zero = _mm_setzero_si128(), three = _mm_set1_epi16(3);
+            for (; i + 8 <= c->width; i += 8) {
+                __m128i a = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(nr + i)), zero);
+                __m128i b = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(fr + i)), zero);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(wide.get() + i), _mm_add_epi16(_mm_mullo_epi16(a, three), b));
+            }
+            for (; i < c->width; ++i) wide[i] = static_cast<uint16_t>(3 * nr[i] + fr[i]);
+            horizontal(wide.get(), c->width, 4, 8, 7, tmp.get());
+            return tmp.get();
+        }
+        case H1V2: {
+            int cy = y >> 1;
+            const uint8_t* nr = srcRow(cy);
+            const uint8_t* fr = srcRow((y & 1) ? cy + 1 : cy - 1);
+            for (int i = 0; i < width; ++i) tmp[i] = static_cast<uint8_t>((3 * nr[i] + fr[i] + 1 + (y & 1)) >> 2);
+            return tmp.get();
+        }
+        default: {
+            const uint8_t* r = srcRow(static_cast<int>(static_cast<int64_t>(y) * c->v / vmax));
+            for (int x = 0; x < width; ++x) tmp[x] = r[columns[x]];
+            return tmp.get();
+        }
+        }
+    }
+};
+
+// ------------------------------------------------------ colour conversion
+// Stores four BGRX pixels of `px` as 12 bytes at out; writes 2 bytes beyond.
+inline void store4(uint8_t* out, __m128i px) {
+    __m128i lo = _mm_and_si128(px, _mm_set_epi32(0, 0xFFFFFF, 0, 0xFFFFFF));
+    __m128i hi = _mm_and_si128(_mm_srli_epi64(px, 8), _mm_set_epi32(0xFFFF, static_cast<int>(0xFF000000), 0xFFFF,
+                                                                     static_cast<int>(0xFF000000)));
+    __m128i packed = _mm_or_si128(lo, hi);  // two 6-byte groups
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), packed);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + 6), _mm_srli_si128(packed, 8));
+}
+
+inline void storeBGR8(uint8_t* out, __m128i b, __m128i g, __m128i r) {
+    __m128i bg = _mm_unpacklo_epi8(b, g);
+    __m128i r0 = _mm_unpacklo_epi8(r, _mm_setzero_si128());
+    store4(out, _mm_unpacklo_epi16(bg, r0));
+    store4(out + 12, _mm_unpackhi_epi16(bg, r0));
+}
+
+inline uint8_t clamp255(int v) { return static_cast<uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v); }
+
+// Y, Cb, Cr to B, G, R with 14-bit coefficients.
+constexpr int kCrR = 22970, kCbG = -5638, kCrG = -11700, kCbB = 29032;
+
+void yccRow(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* out, int width) {
+    int x = 0;
+    const __m128i zero = _mm_setzero_si128(), c128 = _mm_set1_epi16(128);
+    const __m128i kR = _mm_set_epi16(kCrR, 0, kCrR, 0, kCrR, 0, kCrR, 0);
+    const __m128i kG = _mm_set_epi16(kCrG, kCbG, kCrG, kCbG, kCrG, kCbG, kCrG, kCbG);
+    const __m128i kB = _mm_set_epi16(0, kCbB, 0, kCbB, 0, kCbB, 0, kCbB);
+    const __m128i round = _mm_set1_epi32(1 << 13);
+    for (; x + 8 < width; x += 8) {  // the stores run 2 bytes ahead: keep a pixel in reserve
+        __m128i yy = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(y + x)), zero);
+        __m128i u = _mm_sub_epi16(_mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cb + x)), zero), c128);
+        __m128i v = _mm_sub_epi16(_mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cr + x)), zero), c128);
+        __m128i uvlo = _mm_unpacklo_epi16(u, v), uvhi = _mm_unpackhi_epi16(u, v);
+        auto term = [&](__m128i k) {
+            __m128i lo = _mm_srai_epi32(_mm_add_epi32(_mm_madd_epi16(uvlo, k), round), 14);
+            __m128i hi = _mm_srai_epi32(_mm_add_epi32(_mm_madd_epi16(uvhi, k), round), 14);
+            return _mm_add_epi16(yy, _mm_packs_epi32(lo, hi));
+        };
+        __m128i r = _mm_packus_epi16(term(kR), zero);
+        __m128i g = _mm_packus_epi16(term(kG), zero);
+        __m128i b = _mm_packus_epi16(term(kB), zero);
+        storeBGR8(out + 3 * x, b, g, r);
+    }
+    for (; x < width; ++x) {
+        int u = cb[x] - 128, v = cr[x] - 128;
+        out[3 * x] = clamp255(y[x] + ((kCbB * u + (1 << 13)) >> 14));
+        out[3 * x + 1] = clamp255(y[x] + ((kCbG * u + kCrG * v + (1 << 13)) >> 14));
+        out[3 * x + 2] = clamp255(y[x] + ((kCrR * v + (1 << 13)) >> 14));
+    }
+}
+
+void rgbRow(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* out, int width) {
+    int x = 0;
+    for (; x + 8 < width; x += 8) {
+        storeBGR8(out + 3 * x, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(b + x)),
+                  _mm_loadl_epi64(reinterpret_cast<const __m128i*>(g + x)),
+                  _mm_loadl_epi64(reinterpret_cast<const __m128i*>(r + x)));
+    }
+    for (; x < width; ++x) {
+        out[3 * x] = b[x];
+        out[3 * x + 1] = g[x];
+        out[3 * x + 2] = r[x];
+    }
+}
+
+void greyRow(const uint8_t* y, uint8_t* out, int width) { rgbRow(y, y, y, out, width); }
 
 struct Decoder {
     const uint8_t* data;
@@ -219,6 +394,13 @@ struct Decoder {
     bool collecting = false;  // coefficients kept until the end
     bool imageDone = false;
     int scansDecoded = 0;
+
+    // Output: rows of the expected size, or none when only the header is read.
+    uint8_t* dst = nullptr;
+    ptrdiff_t stride = 0;
+    int expectWidth = 0, expectHeight = 0;
+    std::unique_ptr<Upsampler> up[kMaxComponents];
+    bool rgb = false;
 
     // Scan state.
     int scanComp[kMaxComponents];
@@ -257,6 +439,7 @@ struct Decoder {
         width = (s[3] << 8) | s[4];
         ncomp = s[5];
         if (width < 1 || height < 1) return false;  // a height given later (DNL) is not supported
+        if (dst && (width != expectWidth || height != expectHeight)) return false;
         if (static_cast<int64_t>(width) * height > kMaxPixels) return false;
         if (ncomp != 1 && ncomp != 3) return false;
         if (len != 8 + 3 * ncomp) return false;
@@ -498,6 +681,11 @@ struct Decoder {
     // Calls f(component, blockX, blockY) for each block of the scan in order.
     template <class F>
     bool forEachBlock(F&& f) {
+        return forEachBlock(f, [](int) {});
+    }
+    // The same, calling rowDone(m) after each row of MCUs.
+    template <class F, class R>
+    bool forEachBlock(F&& f, R&& rowDone) {
         int left = restartInterval;
         if (scanCount == 1) {
             Component& c = comp[scanComp[0]];
@@ -513,6 +701,7 @@ struct Decoder {
                     if (!f(c, bx, by)) return false;
                 }
                 if (br.overrun()) return false;
+                rowDone(by);
             }
             return !br.overrun();
         }
@@ -533,6 +722,7 @@ struct Decoder {
                 }
             }
             if (br.overrun()) return false;
+            rowDone(my);
         }
         return !br.overrun();
     }
@@ -546,9 +736,41 @@ struct Decoder {
             Component& c = comp[i];
             if (!quantDefined[c.tq]) return false;
             c.planeStride = static_cast<ptrdiff_t>(c.allocW) * 8;
-            c.plane.reset(new uint8_t[static_cast<size_t>(c.planeStride) * c.allocH * 8]);
+            c.stripRows = 8 * c.v;
+            c.plane.reset(new uint8_t[static_cast<size_t>(c.planeStride) * c.stripRows * 3]);
+        }
+        if (dst) {
+            for (int i = 0; i < ncomp; ++i) up[i].reset(new Upsampler(comp[i], hmax, vmax, width));
+            // Three components are YCbCr unless an Adobe segment says RGB, or
+            // the component identifiers spell it.
+            rgb = ncomp == 3 && (adobe ? adobeTransform == 0 : (comp[0].id == 'R' && comp[1].id == 'G' && comp[2].id == 'B'));
         }
         return true;
+    }
+
+    uint8_t* stripBlock(Component& c, int bx, int by) {
+        int row = (by % (3 * c.v)) * 8;  // block rows of three MCU rows
+        return c.plane.get() + static_cast<ptrdiff_t>(row) * c.planeStride + bx * 8;
+    }
+
+    // Converts the image rows of MCU row m, whose strip and both neighbours
+    // are decoded.
+    void emit(int m) {
+        int y0 = m * 8 * vmax, y1 = std::min(height, y0 + 8 * vmax);
+        for (int y = y0; y < y1; ++y) {
+            uint8_t* out = dst + y * stride;
+            if (ncomp == 1) {
+                greyRow(up[0]->row(y), out, width);
+                continue;
+            }
+            const uint8_t* a = up[0]->row(y);
+            const uint8_t* b = up[1]->row(y);
+            const uint8_t* c = up[2]->row(y);
+            if (rgb)
+                rgbRow(a, b, c, out, width);
+            else
+                yccRow(a, b, c, out, width);
+        }
     }
 
     bool readScan() {
@@ -603,6 +825,13 @@ struct Decoder {
             collecting = progressive || scanCount != ncomp;
             if (!allocatePlanes()) return false;
             if (collecting) {
+                // Every block of a first scan costs at least one bit, so a
+                // stream too short for this one cannot describe the image:
+                // refuse it before allocating coefficients for all of it.
+                int64_t blocks = 0;
+                for (int i = 0; i < scanCount; ++i)
+                    blocks += static_cast<int64_t>(comp[scanComp[i]].blocksW) * comp[scanComp[i]].blocksH;
+                if ((end - p) * 8 < blocks) return false;
                 for (int i = 0; i < ncomp; ++i) {
                     Component& c = comp[i];
                     size_t n = static_cast<size_t>(c.allocW) * c.allocH * 64;
@@ -633,18 +862,25 @@ struct Decoder {
         bool ok;
         if (!collecting) {
             alignas(16) int16_t blk[80];
-            ok = forEachBlock([&](Component& c, int bx, int by) {
-                std::memset(blk, 0, 64 * sizeof(int16_t));
-                bool acPresent;
-                if (!decodeBaselineBlock(c, blk, acPresent)) return false;
-                uint8_t* out = c.plane.get() + static_cast<ptrdiff_t>(by) * 8 * c.planeStride + bx * 8;
-                if (acPresent)
-                    idct8x8(blk, quant[c.tq], out, c.planeStride);
-                else
-                    idctDC(blk[0], quant[c.tq][0], out, c.planeStride);
-                return true;
-            });
-            if (ok) imageDone = true;
+            ok = forEachBlock(
+                [&](Component& c, int bx, int by) {
+                    std::memset(blk, 0, 64 * sizeof(int16_t));
+                    bool acPresent;
+                    if (!decodeBaselineBlock(c, blk, acPresent)) return false;
+                    uint8_t* out = stripBlock(c, bx, by);
+                    if (acPresent)
+                        idct8x8(blk, quant[c.tq], out, c.planeStride);
+                    else
+                        idctDC(blk[0], quant[c.tq][0], out, c.planeStride);
+                    return true;
+                },
+                [&](int m) {
+                    if (dst && m > 0) emit(m - 1);
+                });
+            if (ok) {
+                if (dst) emit(mcusY - 1);
+                imageDone = true;
+            }
         } else if (!progressive) {
             ok = forEachBlock([&](Component& c, int bx, int by) {
                 int16_t* blk = blockAt(c, bx, by);
@@ -718,14 +954,22 @@ struct Decoder {
     }
 
     // ------------------------------------------------------------- output
-    void transformCollected() {
+    // Transforms the collected coefficients MCU row by MCU row and emits them.
+    void outputCollected() {
+        for (int m = 0; m < mcusY; ++m) {
+            transformRow(m);
+            if (m > 0) emit(m - 1);
+        }
+        emit(mcusY - 1);
+    }
+    void transformRow(int m) {
         for (int i = 0; i < ncomp; ++i) {
             Component& c = comp[i];
             const uint16_t* q = quant[c.tq];
-            for (int by = 0; by < c.allocH; ++by) {
+            for (int by = m * c.v; by < (m + 1) * c.v; ++by) {
                 for (int bx = 0; bx < c.allocW; ++bx) {
                     const int16_t* blk = blockAt(c, bx, by);
-                    uint8_t* out = c.plane.get() + static_cast<ptrdiff_t>(by) * 8 * c.planeStride + bx * 8;
+                    uint8_t* out = stripBlock(c, bx, by);
                     __m128i any = _mm_setzero_si128();
                     for (int j = 0; j < 8; ++j)
                         any = _mm_or_si128(any, _mm_loadu_si128(reinterpret_cast<const __m128i*>(blk + 8 * j)));
@@ -741,201 +985,15 @@ struct Decoder {
     }
 };
 
-// ---------------------------------------------------------- upsampling
-// Row y of component c at full resolution, in `tmp` when it has to be made.
-struct Upsampler {
-    const Component* c;
-    int hmax, vmax, width;
-    enum Kind { Direct, H2V1, H2V2, H1V2, Nearest } kind;
-    std::unique_ptr<uint8_t[]> tmp;
-    std::unique_ptr<int[]> columns;  // source column per output column, for Nearest
-    std::unique_ptr<uint16_t[]> wide;
-
-    Upsampler(const Component& comp, int hm, int vm, int w) : c(&comp), hmax(hm), vmax(vm), width(w) {
-        if (c->h == hmax && c->v == vmax) kind = Direct;
-        else if (2 * c->h == hmax && c->v == vmax) kind = H2V1;
-        else if (2 * c->h == hmax && 2 * c->v == vmax) kind = H2V2;
-        else if (c->h == hmax && 2 * c->v == vmax) kind = H1V2;
-        else kind = Nearest;
-        tmp.reset(new uint8_t[static_cast<size_t>(width) + 64]);
-        wide.reset(new uint16_t[static_cast<size_t>(c->width) + 16]);
-        if (kind == Nearest) {
-            columns.reset(new int[width]);
-            for (int x = 0; x < width; ++x)
-                columns[x] = std::min(static_cast<int>(static_cast<int64_t>(x) * c->h / hmax), c->width - 1);
-        }
-    }
-    const uint8_t* srcRow(int cy) const {
-        cy = std::max(0, std::min(cy, c->height - 1));
-        return c->plane.get() + static_cast<ptrdiff_t>(cy) * c->planeStride;
-    }
-
-    // Horizontal triangle filter of 16-bit sums s[0..n) (scaled by `scale`,
-    // 4 for one row, 16 for two) into 2n output samples.
-    void horizontal(const uint16_t* s, int n, int shift, int biasEven, int biasOdd, uint8_t* out) {
-        if (n == 1) {
-            out[0] = out[1] = static_cast<uint8_t>((4 * s[0] + biasEven) >> shift);
-            return;
-        }
-        int i = 0;
-        out[0] = static_cast<uint8_t>((4 * s[0] + biasEven) >> shift);
-        out[1] = static_cast<uint8_t>((3 * s[0] + s[1] + biasOdd) >> shift);
-        i = 1;
-        const __m128i three = _mm_set1_epi16(3);
-        const __m128i be = _mm_set1_epi16(static_cast<short>(biasEven)), bo = _mm_set1_epi16(static_cast<short>(biasOdd));
-        for (; i + 9 <= n; i += 8) {
-            __m128i cur = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
-            __m128i prev = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i - 1));
-            __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i + 1));
-            __m128i c3 = _mm_mullo_epi16(cur, three);
-            __m128i even = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(c3, prev), be), shift);
-            __m128i odd = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(c3, next), bo), shift);
-            __m128i lo = _mm_unpacklo_epi16(even, odd), hi = _mm_unpackhi_epi16(even, odd);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 2 * i), _mm_packus_epi16(lo, hi));
-        }
-        for (; i < n - 1; ++i) {
-            out[2 * i] = static_cast<uint8_t>((3 * s[i] + s[i - 1] + biasEven) >> shift);
-            out[2 * i + 1] = static_cast<uint8_t>((3 * s[i] + s[i + 1] + biasOdd) >> shift);
-        }
-        out[2 * i] = static_cast<uint8_t>((3 * s[i] + s[i - 1] + biasEven) >> shift);
-        out[2 * i + 1] = static_cast<uint8_t>((4 * s[i] + biasOdd) >> shift);
-    }
-
-    const uint8_t* row(int y) {
-        switch (kind) {
-        case Direct:
-            return srcRow(y);
-        case H2V1: {
-            const uint8_t* r = srcRow(y);
-            for (int i = 0; i < c->width; ++i) wide[i] = r[i];
-            horizontal(wide.get(), c->width, 2, 1, 2, tmp.get());
-            return tmp.get();
-        }
-        case H2V2: {
-            int cy = y >> 1;
-            const uint8_t* nr = srcRow(cy);
-            const uint8_t* fr = srcRow((y & 1) ? cy + 1 : cy - 1);
-            int i = 0;
-            const __m128i zero = _mm_setzero_si128(), three = _mm_set1_epi16(3);
-            for (; i + 8 <= c->width; i += 8) {
-                __m128i a = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(nr + i)), zero);
-                __m128i b = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(fr + i)), zero);
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(wide.get() + i), _mm_add_epi16(_mm_mullo_epi16(a, three), b));
-            }
-            for (; i < c->width; ++i) wide[i] = static_cast<uint16_t>(3 * nr[i] + fr[i]);
-            horizontal(wide.get(), c->width, 4, 8, 7, tmp.get());
-            return tmp.get();
-        }
-        case H1V2: {
-            int cy = y >> 1;
-            const uint8_t* nr = srcRow(cy);
-            const uint8_t* fr = srcRow((y & 1) ? cy + 1 : cy - 1);
-            for (int i = 0; i < width; ++i) tmp[i] = static_cast<uint8_t>((3 * nr[i] + fr[i] + 1 + (y & 1)) >> 2);
-            return tmp.get();
-        }
-        default: {
-            const uint8_t* r = srcRow(static_cast<int>(static_cast<int64_t>(y) * c->v / vmax));
-            for (int x = 0; x < width; ++x) tmp[x] = r[columns[x]];
-            return tmp.get();
-        }
-        }
-    }
-};
-
-// ------------------------------------------------------ colour conversion
-// Stores four BGRX pixels of `px` as 12 bytes at out; writes 2 bytes beyond.
-inline void store4(uint8_t* out, __m128i px) {
-    __m128i lo = _mm_and_si128(px, _mm_set_epi32(0, 0xFFFFFF, 0, 0xFFFFFF));
-    __m128i hi = _mm_and_si128(_mm_srli_epi64(px, 8), _mm_set_epi32(0xFFFF, static_cast<int>(0xFF000000), 0xFFFF,
-                                                                     static_cast<int>(0xFF000000)));
-    __m128i packed = _mm_or_si128(lo, hi);  // two 6-byte groups
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), packed);
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + 6), _mm_srli_si128(packed, 8));
-}
-
-inline void storeBGR8(uint8_t* out, __m128i b, __m128i g, __m128i r) {
-    __m128i bg = _mm_unpacklo_epi8(b, g);
-    __m128i r0 = _mm_unpacklo_epi8(r, _mm_setzero_si128());
-    store4(out, _mm_unpacklo_epi16(bg, r0));
-    store4(out + 12, _mm_unpackhi_epi16(bg, r0));
-}
-
-inline uint8_t clamp255(int v) { return static_cast<uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v); }
-
-// Y, Cb, Cr to B, G, R with 14-bit coefficients.
-constexpr int kCrR = 22970, kCbG = -5638, kCrG = -11700, kCbB = 29032;
-
-void yccRow(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* out, int width) {
-    int x = 0;
-    const __m128i zero = _mm_setzero_si128(), c128 = _mm_set1_epi16(128);
-    const __m128i kR = _mm_set_epi16(kCrR, 0, kCrR, 0, kCrR, 0, kCrR, 0);
-    const __m128i kG = _mm_set_epi16(kCrG, kCbG, kCrG, kCbG, kCrG, kCbG, kCrG, kCbG);
-    const __m128i kB = _mm_set_epi16(0, kCbB, 0, kCbB, 0, kCbB, 0, kCbB);
-    const __m128i round = _mm_set1_epi32(1 << 13);
-    for (; x + 8 < width; x += 8) {  // the stores run 2 bytes ahead: keep a pixel in reserve
-        __m128i yy = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(y + x)), zero);
-        __m128i u = _mm_sub_epi16(_mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cb + x)), zero), c128);
-        __m128i v = _mm_sub_epi16(_mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cr + x)), zero), c128);
-        __m128i uvlo = _mm_unpacklo_epi16(u, v), uvhi = _mm_unpackhi_epi16(u, v);
-        auto term = [&](__m128i k) {
-            __m128i lo = _mm_srai_epi32(_mm_add_epi32(_mm_madd_epi16(uvlo, k), round), 14);
-            __m128i hi = _mm_srai_epi32(_mm_add_epi32(_mm_madd_epi16(uvhi, k), round), 14);
-            return _mm_add_epi16(yy, _mm_packs_epi32(lo, hi));
-        };
-        __m128i r = _mm_packus_epi16(term(kR), zero);
-        __m128i g = _mm_packus_epi16(term(kG), zero);
-        __m128i b = _mm_packus_epi16(term(kB), zero);
-        storeBGR8(out + 3 * x, b, g, r);
-    }
-    for (; x < width; ++x) {
-        int u = cb[x] - 128, v = cr[x] - 128;
-        out[3 * x] = clamp255(y[x] + ((kCbB * u + (1 << 13)) >> 14));
-        out[3 * x + 1] = clamp255(y[x] + ((kCbG * u + kCrG * v + (1 << 13)) >> 14));
-        out[3 * x + 2] = clamp255(y[x] + ((kCrR * v + (1 << 13)) >> 14));
-    }
-}
-
-void rgbRow(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* out, int width) {
-    int x = 0;
-    for (; x + 8 < width; x += 8) {
-        storeBGR8(out + 3 * x, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(b + x)),
-                  _mm_loadl_epi64(reinterpret_cast<const __m128i*>(g + x)),
-                  _mm_loadl_epi64(reinterpret_cast<const __m128i*>(r + x)));
-    }
-    for (; x < width; ++x) {
-        out[3 * x] = b[x];
-        out[3 * x + 1] = g[x];
-        out[3 * x + 2] = r[x];
-    }
-}
-
-void greyRow(const uint8_t* y, uint8_t* out, int width) { rgbRow(y, y, y, out, width); }
 
 bool decodeImpl(const uint8_t* data, size_t size, uint8_t* dst, ptrdiff_t stride, int width, int height) {
     std::unique_ptr<Decoder> d(new Decoder(data, size));
+    d->dst = dst;
+    d->stride = stride;
+    d->expectWidth = width;
+    d->expectHeight = height;
     if (!d->parse(false)) return false;
-    if (d->width != width || d->height != height) return false;
-    if (d->collecting) d->transformCollected();
-    if (d->ncomp == 1) {
-        for (int y = 0; y < height; ++y)
-            greyRow(d->comp[0].plane.get() + static_cast<ptrdiff_t>(y) * d->comp[0].planeStride, dst + y * stride, width);
-        return true;
-    }
-    std::unique_ptr<Upsampler> up[3];
-    for (int i = 0; i < 3; ++i) up[i].reset(new Upsampler(d->comp[i], d->hmax, d->vmax, width));
-    // Three components are YCbCr unless an Adobe segment says RGB, or the
-    // component identifiers spell it.
-    bool rgb = d->adobe ? d->adobeTransform == 0
-                        : (d->comp[0].id == 'R' && d->comp[1].id == 'G' && d->comp[2].id == 'B');
-    for (int y = 0; y < height; ++y) {
-        const uint8_t* a = up[0]->row(y);
-        const uint8_t* b = up[1]->row(y);
-        const uint8_t* c = up[2]->row(y);
-        if (rgb)
-            rgbRow(a, b, c, dst + y * stride, width);
-        else
-            yccRow(a, b, c, dst + y * stride, width);
-    }
+    if (d->collecting) d->outputCollected();
     return true;
 }
 

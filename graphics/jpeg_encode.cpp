@@ -219,8 +219,9 @@ bool encodeImpl(const uint8_t* src, ptrdiff_t stride, int width, int height, int
     acl.build(stdHuffman(2));
     acc.build(stdHuffman(3));
 
-    std::vector<uint8_t> o;
-    o.reserve(static_cast<size_t>(width) * height / 4 + 4096);
+    // Written straight into the caller's vector, reusing its capacity.
+    std::vector<uint8_t>& o = out;
+    o.clear();
     writeHeaders(o, width, height, ql, qc);
 
     const int mcusX = (width + 15) / 16, mcusY = (height + 15) / 16;
@@ -267,7 +268,7 @@ bool encodeImpl(const uint8_t* src, ptrdiff_t stride, int width, int height, int
             }
         }
         size_t used = w.out ? static_cast<size_t>(w.out - o.data()) : o.size();
-        o.resize(used + rowBudget);
+        if (o.size() < used + rowBudget) o.resize(std::max(used + rowBudget, o.size() * 2));  // grows rarely: resizing zero-fills
         w.out = o.data() + used;
         for (int mx = 0; mx < mcusX; ++mx) {
             for (int b = 0; b < 4; ++b) {
@@ -282,14 +283,13 @@ bool encodeImpl(const uint8_t* src, ptrdiff_t stride, int width, int height, int
         }
     }
     size_t used = w.out ? static_cast<size_t>(w.out - o.data()) : o.size();
-    o.resize(used + 16);
+    if (o.size() < used + 16) o.resize(used + 16);
     w.out = o.data() + used;
     w.flush();
     used = static_cast<size_t>(w.out - o.data());
     o.resize(used);
     o.push_back(0xFF);
     o.push_back(0xD9);
-    out.swap(o);
     return true;
 }
 
@@ -301,6 +301,7 @@ bool encode(const uint8_t* src, ptrdiff_t stride, int width, int height, int qua
     try {
         return encodeImpl(src, stride, width, height, quality, out);
     } catch (...) {
+        out.clear();
         return false;  // out of memory
     }
 }

@@ -360,6 +360,19 @@ TEST(JpegHostile, HandBrokenStreams) {
     Bytes repeated = prog;
     repeated.insert(repeated.begin() + sos[2], prog.begin() + sos[1], prog.begin() + sos[2]);
     EXPECT_FALSE(survives(repeated));
+    // A progressive header claiming far more blocks than the stream could
+    // code is refused before its coefficients are allocated.
+    Bytes claim = prog;
+    for (size_t i = 0; i + 8 < claim.size(); ++i)
+        if (claim[i] == 0xFF && claim[i + 1] == 0xC2) {
+            claim[i + 5] = claim[i + 7] = 2000 >> 8;
+            claim[i + 6] = claim[i + 8] = 2000 & 255;
+            break;
+        }
+    ASSERT_TRUE(jpeg::readInfo(claim.data(), claim.size(), info));
+    ASSERT_EQ(info.width, 2000);
+    Bytes big(2000 * 2000 * 3);
+    EXPECT_FALSE(jpeg::decode(claim.data(), claim.size(), big.data(), 6000, 2000, 2000));
     // The same file ending after its second scan is a coarse but whole picture.
     Bytes early(prog.begin(), prog.begin() + sos[2]);
     EXPECT_TRUE(survives(early));
