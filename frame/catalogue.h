@@ -16,7 +16,9 @@ namespace tova {
     X(StringMethods, Global)      \
     X(SortMethods, Global)        \
     X(DictionaryMethods, Global)  \
-    X(EncryptMethods, Global)
+    X(EncryptMethods, Global)     \
+    X(FileSearch, Creatable)      \
+    X(RegistryMethods, Global)
 
 struct ClassEntry {
     const wchar_t* name;
