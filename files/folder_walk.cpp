@@ -320,12 +320,14 @@ void Search::withoutIndex(const std::wstring& path) {
     std::vector<Frame> stack;
     std::wstring names;
     // Enters a folder: the folder's own files, then a frame for its sub-folders.
+    // The folder is listed after CurrentFolderChanged, so that what a handler
+    // does to it there is seen.
     auto enter = [&](const std::wstring& folder) {
-        Frame f;
-        if (!matchingFiles(folder, names, &f.subfolders)) return false;
+        if (folder.empty() || !isFolder(folder)) return false;
         events_.enterFolder(folder);
         yield_();
-        examineNames(folder, names);
+        Frame f;
+        if (matchingFiles(folder, names, &f.subfolders)) examineNames(folder, names);
         stack.push_back(std::move(f));
         return true;
     };

@@ -266,6 +266,13 @@ TEST_F(FileSearchTest, FilesAddedOrRemovedBetweenThePassesAreSeen) {
     Variant r = search(t.root());
     EXPECT_EQ((Strings{t(L"a.txt"), t(L"b.dat"), t(L"one\\c.txt"), t(L"one\\new.txt"), t(L"two\\d.TXT")}),
               strings(r));
+
+    // Without the index a folder is listed after CurrentFolderChanged.
+    log.onEvent = [&](DISPID id, const std::vector<Variant>& args) {
+        if (id == CurrentFolderChanged && str(args[0]) == t(L"two")) t.file(L"two\\late.txt");
+    };
+    r = search(t.root(), nullptr, false);
+    EXPECT_EQ(t(L"two\\late.txt"), strings(r).back());
 }
 
 // ------------------------------------------------------------------ without the index
@@ -475,7 +482,8 @@ TEST_F(FileSearchTest, FoldersThatVanishEndOnlyTheirPartOfTheSearch) {
     threeFolders(u);
     log.calls.clear();
     log.onEvent = [&](DISPID id, const std::vector<Variant>& args) {
-        if (id == CurrentFolderChanged && str(args[0]) == u.root()) removeTree(u(L"one"));
+        // The root is listed by now, "one" among its sub-folders.
+        if (id == ExamineFile && str(args[0]) == u(L"a.txt")) removeTree(u(L"one"));
     };
     r = search(u.root(), nullptr, false);
     EXPECT_EQ((Strings{u.root(), u(L"two")}), log.texts(CurrentFolderChanged));
