@@ -18,7 +18,10 @@ namespace tova {
     X(DictionaryMethods, Global)  \
     X(EncryptMethods, Global)     \
     X(Rectangles, Creatable)      \
-    X(Polygon, Creatable)
+    X(Polygon, Creatable)         \
+    X(FileSearch, Creatable)      \
+    X(RegistryMethods, Global)    \
+    /* end of the list */
 
 struct ClassEntry {
     const wchar_t* name;

@@ -83,6 +83,11 @@ EventArgs& EventArgs::val(double v) {
     V_R8(&a) = v;
     return push(a);
 }
+EventArgs& EventArgs::valSingle(float v) {
+    VARIANTARG a = argument(VT_R4);
+    V_R4(&a) = v;
+    return push(a);
+}
 EventArgs& EventArgs::valBool(VARIANT_BOOL v) {
     VARIANTARG a = argument(VT_BOOL);
     V_BOOL(&a) = v;

@@ -22,6 +22,7 @@ public:
     EventArgs& ref(POINTAPI& p);
     EventArgs& val(long v);
     EventArgs& val(double v);
+    EventArgs& valSingle(float v);
     EventArgs& valBool(VARIANT_BOOL v);
     EventArgs& val(IDispatch* v);   // borrowed for the raise
     EventArgs& val(BSTR v);         // borrowed for the raise

@@ -81,6 +81,12 @@ if ! grep -qx 'draw_demo: done' <<<"$out" || [ ! -s "$picture" ]; then
 fi
 
 echo
+echo "== files_demo: a folder search with a progress bar from its events, then the registry"
+out=$(wine_run "build/win$bits/bin/files_demo.exe" | tr -d '\r') || status=1
+printf '%s\n' "$out"
+grep -qx 'files_demo: done' <<<"$out" || { echo "demo: files_demo did not finish" >&2; status=1; }
+
+echo
 if [ $status -eq 0 ]; then
     echo "The demo ran to the end. The picture is $picture (320x200 .bmp)."
 else

@@ -1,0 +1,230 @@
+// files_demo: searches a folder tree with the registered TOVA200.DLL and draws a
+// text progress bar from the search's events; then keeps a few settings in the
+// registry and reads them back.
+//
+//   files_demo [folder [pattern ...]]     (default: C:\windows, *.exe *.dll)
+//
+// The objects are created by ProgID and called early-bound through the C++
+// header generated from the type library. The search's events arrive at an
+// IDispatch sink connected to the FileSearch object: Initialised tells how many
+// folders there are, Progress moves the bar, ExamineFile lets the sink refuse
+// single files through its by-reference Cancel argument.
+#include "frame/typelib.h"
+#include "frame/values.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <string>
+#include <vector>
+
+using tova::Bstr;
+using tova::ComPtr;
+using tova::Variant;
+
+namespace {
+
+void check(HRESULT hr, const char* what) {
+    if (SUCCEEDED(hr)) return;
+    std::fprintf(stderr, "files_demo: %s failed (HRESULT 0x%08lX)\n", what, static_cast<unsigned long>(hr));
+    std::exit(1);
+}
+
+template <class T>
+ComPtr<T> create(const wchar_t* progId, REFIID iid) {
+    CLSID clsid;
+    if (FAILED(CLSIDFromProgID(progId, &clsid))) {
+        std::fprintf(stderr, "files_demo: %ls is not registered (regsvr32 TOVA200.DLL first)\n", progId);
+        std::exit(1);
+    }
+    ComPtr<T> object;
+    check(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, iid, object.putVoid()), "CoCreateInstance");
+    return object;
+}
+
+// The events of __FileSearch, numbered as in the type library.
+enum : DISPID { Initialising = 1, Initialised, Started, CurrentFolderChanged, ExamineFile, Progress, Complete };
+
+// Draws the progress bar and refuses the C runtime libraries (names starting
+// with "msvc"), to show Cancel at work.
+class ProgressSink : public IDispatch {
+public:
+    long folders = 0, examined = 0, refused = 0;
+
+    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override {
+        if (riid == IID_IUnknown || riid == IID_IDispatch || riid == DIID___FileSearch) {
+            *ppv = static_cast<IDispatch*>(this);
+            return S_OK;
+        }
+        *ppv = nullptr;
+        return E_NOINTERFACE;
+    }
+    // Lives on main's stack.
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP GetTypeInfoCount(UINT* n) override { *n = 0; return S_OK; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+
+    // Arguments arrive last first: rgvarg[cArgs - 1] is the first one.
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override {
+        switch (id) {
+        case Initialising:
+            std::printf("  Initialising: counting the folders\n");
+            lastTenth_ = -1;
+            break;
+        case Initialised:
+            folders = V_I4(&p->rgvarg[0]);
+            std::printf("  Initialised: %ld folders\n", folders);
+            break;
+        case Started: std::printf("  Started\n"); break;
+        case CurrentFolderChanged: current_ = V_BSTR(&p->rgvarg[0]); break;
+        case ExamineFile: {
+            ++examined;
+            const wchar_t* path = V_BSTR(&p->rgvarg[1]);
+            const wchar_t* name = std::wcsrchr(path, L'\\');
+            if (name && _wcsnicmp(name + 1, L"msvc", 4) == 0) {
+                *V_BOOLREF(&p->rgvarg[0]) = VARIANT_TRUE;   // Cancel: leave it out
+                ++refused;
+            }
+            break;
+        }
+        case Progress: bar(V_R4(&p->rgvarg[0])); break;
+        case Complete: std::printf("  Complete\n"); break;
+        }
+        return S_OK;
+    }
+
+private:
+    // One line of bar per tenth (the demo's output is a log, not a terminal).
+    void bar(float percent) {
+        const int tenth = static_cast<int>(percent / 10);
+        if (tenth == lastTenth_) return;
+        lastTenth_ = tenth;
+        std::string b(static_cast<size_t>(tenth * 3), '#');
+        b.resize(30, '.');
+        std::string where(current_.begin(), current_.end());
+        if (where.size() > 40) where = "..." + where.substr(where.size() - 37);
+        std::printf("  [%s] %5.1f%%  %s\n", b.c_str(), percent, where.c_str());
+    }
+
+    std::wstring current_;
+    int lastTenth_ = -1;
+};
+
+std::vector<std::wstring> strings(const VARIANT& v) {
+    std::vector<std::wstring> out;
+    if (V_VT(&v) != (VT_ARRAY | VT_BSTR)) return out;
+    LONG ub = -1;
+    SafeArrayGetUBound(V_ARRAY(&v), 1, &ub);
+    for (LONG i = 0; i <= ub; ++i) {
+        BSTR b = nullptr;
+        SafeArrayGetElement(V_ARRAY(&v), &i, &b);
+        out.push_back(b ? b : L"");
+        SysFreeString(b);
+    }
+    return out;
+}
+
+double seconds() {
+    LARGE_INTEGER f, t;
+    QueryPerformanceFrequency(&f);
+    QueryPerformanceCounter(&t);
+    return static_cast<double>(t.QuadPart) / static_cast<double>(f.QuadPart);
+}
+
+void searchDemo(const std::wstring& folder, const std::vector<std::wstring>& patterns) {
+    auto fs = create<_FileSearch>(L"TOVA32.FileSearch", IID__FileSearch);
+    ProgressSink sink;
+    ComPtr<IConnectionPointContainer> cpc = fs.as<IConnectionPointContainer>(IID_IConnectionPointContainer);
+    ComPtr<IConnectionPoint> point;
+    DWORD cookie = 0;
+    check(cpc->FindConnectionPoint(DIID___FileSearch, point.put()), "FindConnectionPoint");
+    check(point->Advise(&sink, &cookie), "Advise");
+
+    // The criteria: a Variant array of patterns.
+    SAFEARRAY* list = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(patterns.size()));
+    for (LONG i = 0; i < static_cast<LONG>(patterns.size()); ++i) {
+        Variant p(patterns[static_cast<size_t>(i)].c_str());
+        SafeArrayPutElement(list, &i, &p);
+    }
+    Variant criteria;
+    V_VT(&criteria) = VT_ARRAY | VT_VARIANT;
+    V_ARRAY(&criteria) = list;
+    std::string shown;
+    for (const std::wstring& p : patterns) shown += (shown.empty() ? "" : " ") + std::string(p.begin(), p.end());
+
+    std::printf("SearchFolder %ls for %s, with the folder index first:\n", folder.c_str(), shown.c_str());
+    Bstr path(folder);
+    BSTR b = path.get();
+    Variant found;
+    const double start = seconds();
+    check(fs->SearchFolder(&b, &criteria, &found), "SearchFolder");
+    const double took = seconds() - start;
+    std::vector<std::wstring> files = strings(found);
+    std::printf("%zu files accepted of %ld examined (%ld refused by the sink's Cancel) in %ld folders, %.2f s.\n",
+                files.size(), sink.examined, sink.refused, sink.folders, took);
+    for (size_t i = 0; i < files.size() && i < 3; ++i) std::printf("    %ls\n", files[i].c_str());
+    if (files.size() > 3) std::printf("    ...\n");
+
+    std::printf("SearchFolderEx without the index: Progress counts the top folder's sub-folders only.\n");
+    VARIANT_BOOL noIndex = VARIANT_FALSE;
+    sink.examined = sink.refused = 0;
+    Variant again;
+    check(fs->SearchFolderEx(&b, &criteria, &noIndex, &again), "SearchFolderEx");
+    std::printf("%zu files accepted, the same %s.\n", strings(again).size(),
+                strings(again) == files ? "list in the same order" : "files in another order (the tree changed?)");
+    point->Unadvise(cookie);
+}
+
+void registryDemo() {
+    auto reg = create<_RegistryMethods>(L"TOVA32.RegistryMethods", IID__RegistryMethods);
+    const RootKeyTypeEnum hkcu = tovaRootKey_HKEY_CURRENT_USER;
+    Bstr key(L"Software\\TOVA200 demo\\Settings"), parent(L"Software\\TOVA200 demo");
+    BSTR k = key.get(), pk = parent.get();
+    std::printf("\nRegistryMethods under HKEY_CURRENT_USER\\Software\\TOVA200 demo:\n");
+    const wchar_t* settings[][2] = {{L"LastFolder", L"C:\\windows"}, {L"Pattern", L"*.exe"}, {L"Window", L"maximised"}};
+    for (auto& s : settings) {
+        Bstr name(s[0]), value(s[1]);
+        BSTR n = name.get(), v = value.get();
+        VARIANT_BOOL ok = VARIANT_FALSE;
+        check(reg->UpdateKey(hkcu, &k, &n, &v, &ok), "UpdateKey");
+        std::printf("  UpdateKey %ls = \"%ls\": %s\n", s[0], s[1], ok ? "True" : "False");
+    }
+    Bstr name(L"Pattern"), read;
+    BSTR n = name.get();
+    check(reg->GetKeyValue(hkcu, &k, &n, nullptr, read.put()), "GetKeyValue");
+    std::printf("  GetKeyValue Pattern: \"%ls\"\n", read.get());
+    Variant all;
+    check(reg->GetAllKeyValues(hkcu, &k, &all), "GetAllKeyValues");
+    LONG count = -1;
+    if (V_VT(&all) & VT_ARRAY) SafeArrayGetUBound(V_ARRAY(&all), 2, &count);
+    std::printf("  GetAllKeyValues: %ld values, as (0 To 1, 0 To %ld): names in row 0, data in row 1\n", count + 1,
+                count);
+    VARIANT_BOOL ok = VARIANT_FALSE;
+    check(reg->DeleteAllKeyValues(hkcu, &k, &ok), "DeleteAllKeyValues");
+    std::printf("  DeleteAllKeyValues: %s\n", ok ? "True" : "False");
+    check(reg->DeleteKey(hkcu, &k, &ok), "DeleteKey");
+    reg->DeleteKey(hkcu, &pk, &ok);
+    std::printf("  DeleteKey: %s; the demo leaves nothing behind.\n", ok ? "True" : "False");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    check(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), "CoInitializeEx");
+    std::wstring folder = L"C:\\windows";
+    std::vector<std::wstring> patterns;
+    for (int i = 1; i < argc; ++i) {
+        wchar_t w[MAX_PATH];
+        MultiByteToWideChar(CP_ACP, 0, argv[i], -1, w, MAX_PATH);
+        if (i == 1) folder = w;
+        else patterns.push_back(w);
+    }
+    if (patterns.empty()) patterns = {L"*.exe", L"*.dll"};
+    searchDemo(folder, patterns);
+    registryDemo();
+    CoUninitialize();
+    std::printf("files_demo: done\n");
+    return 0;
+}
