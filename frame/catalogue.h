@@ -16,7 +16,8 @@ namespace tova {
     X(StringMethods, Global)      \
     X(SortMethods, Global)        \
     X(DictionaryMethods, Global)  \
-    X(EncryptMethods, Global)
+    X(EncryptMethods, Global)     \
+    X(SubclassingMethods, Global)
 
 struct ClassEntry {
     const wchar_t* name;
