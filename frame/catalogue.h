@@ -17,7 +17,10 @@ namespace tova {
     X(SortMethods, Global)        \
     X(DictionaryMethods, Global)  \
     X(EncryptMethods, Global)     \
-    X(SubclassingMethods, Global)
+    X(MiscMethods, Global)        \
+    X(Timer, Creatable)           \
+    X(SubclassingMethods, Global) \
+    X(SystemVersionInfo, Creatable)
 
 struct ClassEntry {
     const wchar_t* name;

@@ -55,7 +55,8 @@ void pump(DWORD ms, const std::function<bool()>& done) {
     const DWORD start = GetTickCount();
     MSG m;
     while (GetTickCount() - start < ms) {
-        while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) {
+        // Bounded: with many timers the queue is never empty.
+        while (GetTickCount() - start < ms && PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) {
             TranslateMessage(&m);
             DispatchMessageW(&m);
         }
