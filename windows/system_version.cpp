@@ -40,13 +40,13 @@ std::wstring cutAtNul(const std::wstring& text) {
     return p == std::wstring::npos ? text : text.substr(0, p);
 }
 
-Info read() {
+Info read(Query query) {
     Info info;
     OSVERSIONINFOEXA ex{};
     ex.dwOSVersionInfoSize = sizeof ex;   // 156
     OSVERSIONINFOA basic{};
     basic.dwOSVersionInfoSize = sizeof basic;   // 148
-    if (GetVersionExA(reinterpret_cast<OSVERSIONINFOA*>(&ex))) {
+    if (query(reinterpret_cast<OSVERSIONINFOA*>(&ex))) {
         info.platform = static_cast<long>(ex.dwPlatformId);
         info.major = static_cast<long>(ex.dwMajorVersion);
         info.minor = static_cast<long>(ex.dwMinorVersion);
@@ -54,7 +54,7 @@ Info read() {
         info.csd = fromAnsi(ex.szCSDVersion);
         info.servicePackMajor = ex.wServicePackMajor;
         info.servicePackMinor = ex.wServicePackMinor;
-    } else if (GetVersionExA(&basic)) {
+    } else if (query(&basic)) {
         info.platform = static_cast<long>(basic.dwPlatformId);
         info.major = static_cast<long>(basic.dwMajorVersion);
         info.minor = static_cast<long>(basic.dwMinorVersion);

@@ -22,8 +22,10 @@ struct Info {
 SystemTypeConstants classify(long platform, long major, long minor);
 // The service-pack text up to its first NUL.
 std::wstring cutAtNul(const std::wstring& text);
-// Reads the version: the extended record first, then the basic one.
-Info read();
+// Reads the version: the extended record first, then the basic one. The
+// query function can be replaced to see a system that refuses the extended record.
+using Query = BOOL(WINAPI*)(OSVERSIONINFOA*);
+Info read(Query query = &GetVersionExA);
 
 }  // namespace version
 
