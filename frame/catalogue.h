@@ -20,7 +20,9 @@ namespace tova {
     X(MiscMethods, Global)        \
     X(Timer, Creatable)           \
     X(SubclassingMethods, Global) \
-    X(SystemVersionInfo, Creatable)
+    X(MouseTrack, Creatable)      \
+    X(SystemVersionInfo, Creatable) \
+    X(MouseTrackEx, Creatable)
 
 struct ClassEntry {
     const wchar_t* name;
