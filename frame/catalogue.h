@@ -21,6 +21,12 @@ namespace tova {
     X(Polygon, Creatable)         \
     X(FileSearch, Creatable)      \
     X(RegistryMethods, Global)    \
+    X(MiscMethods, Global)        \
+    X(Timer, Creatable)           \
+    X(SubclassingMethods, Global) \
+    X(MouseTrack, Creatable)      \
+    X(SystemVersionInfo, Creatable) \
+    X(MouseTrackEx, Creatable)    \
     /* end of the list */
 
 struct ClassEntry {

@@ -6,6 +6,8 @@ set -euo pipefail
 pkgs=(wine wine32:i386 wine64 libwine-dev g++-mingw-w64-i686 g++-mingw-w64-x86-64
       mingw-w64-tools cmake ninja-build googletest xvfb xauth
       libjpeg-turbo-progs)
+# Sound tests: a null sink whose monitor is recorded and measured.
+pkgs+=(pulseaudio pulseaudio-utils sox)
 
 missing=()
 for p in "${pkgs[@]}"; do
