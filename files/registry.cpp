@@ -42,8 +42,8 @@ bool openKey(long root, const std::wstring& keyName, Key& key) {
 }
 
 // Creates the key or opens it when it exists. The class text "1" and the
-// security record (length 50, no descriptor, inheritable) are what this
-// library has always passed; the platform ignores the record for keys.
+// security record (length 50, no descriptor, inheritable) are fixed values of
+// this class; the platform ignores the record for keys.
 bool createKey(long root, const std::wstring& keyName, Key& key) {
     char keyClass[] = "1";
     SECURITY_ATTRIBUTES security{};
