@@ -13,23 +13,22 @@ z() { echo "Z:$tmp/$1"; }
 
 run synth "$(z photo.ppm)"
 read -r w h < <(head -c 20 "$tmp/photo.ppm" | sed -n 2p)
-mp=$(echo "$w * $h / 1000000" | bc -l)
+mp=$(awk -v w="$w" -v h="$h" 'BEGIN { print w * h / 1e6 }')
 
-# Ten runs: the best wall-clock time and the least processor time (perf's
-# task-clock, which other processes on a busy machine do not inflate), in seconds.
+# Ten runs: the best wall-clock time and the least processor time (user +
+# system, which other processes on a busy machine do not inflate), in seconds.
 measure() {
-    local bw=999999999999 bc=999999999999 t0 t1 c
+    local bw=1e9 bc=1e9 t0 t1 u s TIMEFORMAT='%3U %3S'
     for _ in 1 2 3 4 5 6 7 8 9 10; do
-        t0=$(date +%s%N)
-        c=$(perf stat -x, -e task-clock "$@" 2>&1 >/dev/null | grep task-clock | cut -d, -f1)
-        t1=$(date +%s%N)
-        bw=$(( (t1 - t0) < bw ? (t1 - t0) : bw ))
-        c=${c%.*}
-        bc=$(( c < bc ? c : bc ))
+        t0=$(date +%s.%N)
+        read -r u s < <({ time "$@" >/dev/null 2>&1; } 2>&1)
+        t1=$(date +%s.%N)
+        read -r bw bc < <(awk -v a="$t0" -v b="$t1" -v u="$u" -v s="$s" -v bw="$bw" -v bc="$bc" \
+            'BEGIN { w = b - a; c = u + s; print (w < bw ? w : bw), (c < bc ? c : bc) }')
     done
-    echo "$(echo "$bw / 1000000000" | bc -l) $(echo "$bc / 1000" | bc -l)"
+    echo "$bw $bc"
 }
-rate() { printf "%6.1f MP/s wall, %6.1f MP/s cpu" "$(echo "$mp / $1" | bc -l)" "$(echo "$mp / $2" | bc -l)"; }
+rate() { awk -v mp="$mp" -v w="$1" -v c="$2" 'BEGIN { printf "%6.1f MP/s wall, %6.1f MP/s cpu", mp / w, (c > 0 ? mp / c : 0) }'; }
 cjpeg -quality "$q" -outfile "$tmp/ref.jpg" "$tmp/photo.ppm"
 jpegtran -progressive -outfile "$tmp/ref_prog.jpg" "$tmp/ref.jpg"
 djpeg -outfile "$tmp/ref.ppm" "$tmp/ref.jpg"
