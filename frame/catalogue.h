@@ -16,7 +16,12 @@ namespace tova {
     X(StringMethods, Global)      \
     X(SortMethods, Global)        \
     X(DictionaryMethods, Global)  \
-    X(EncryptMethods, Global)
+    X(EncryptMethods, Global)     \
+    X(MemoryDC, Creatable)        \
+    X(PaintMethods, Global)       \
+    X(DIBSection, Creatable)      \
+    X(JPEGMethods, Global)        \
+    X(AlphaDIBSection, Creatable)
 
 struct ClassEntry {
     const wchar_t* name;
