@@ -1,0 +1,2 @@
+#include "support.h"
+using namespace test;
