@@ -17,13 +17,15 @@ ComPtr<IPictureDisp> pictureOf(HBITMAP bitmap) {
     return picture;
 }
 
-HBITMAP compatibleCopy(HDC dc, int width, int height) {
+HBITMAP compatibleCopy(HDC dc, int width, int height, HDC format) {
     if (!dc || width < 1 || height < 1) return nullptr;
-    HBITMAP bitmap = CreateCompatibleBitmap(dc, width, height);
+    ScreenDc screen(nullptr);
+    if (!format) format = screen.get();
+    HBITMAP bitmap = format ? CreateCompatibleBitmap(format, width, height) : nullptr;
     if (!bitmap) return nullptr;
     bool copied = false;
     {
-        MemoryDc copy(dc);
+        MemoryDc copy(format);
         if (copy.get()) {
             Selection in(copy.get(), bitmap);
             copied = in.ok() && BitBlt(copy.get(), 0, 0, width, height, dc, 0, 0, SRCCOPY);

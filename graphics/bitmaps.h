@@ -19,9 +19,10 @@ using PtrLong = LONG;
 // deleted and the result is empty.
 ComPtr<IPictureDisp> pictureOf(HBITMAP bitmap);
 
-// A bitmap compatible with `dc` holding a copy of its width x height pixels
-// at (0, 0); nullptr on failure.
-HBITMAP compatibleCopy(HDC dc, int width, int height);
+// A bitmap compatible with `format` (the screen when it is null) holding a
+// copy of the width x height pixels of `dc` at (0, 0); nullptr on failure. A
+// DC with a DIB section selected would make the copy a DIB section too.
+HBITMAP compatibleCopy(HDC dc, int width, int height, HDC format);
 
 // The system's message text for an error code, without the trailing line break.
 std::wstring systemMessage(DWORD code);

@@ -83,7 +83,7 @@ STDMETHODIMP DIBSection::get_Picture(IPictureDisp** pRet) {
     return guard([&] {
         *required(pRet) = nullptr;
         if (!dib_.dc() || dib_.width() < 1 || dib_.height() < 1) return;
-        *pRet = pictureOf(compatibleCopy(dib_.dc(), dib_.width(), dib_.height())).detach();
+        *pRet = pictureOf(compatibleCopy(dib_.dc(), dib_.width(), dib_.height(), nullptr)).detach();
     });
 }
 

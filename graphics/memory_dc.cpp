@@ -105,7 +105,7 @@ STDMETHODIMP MemoryDC::get_Picture(IPictureDisp** pRet) {
     return guard([&] {
         *required(pRet) = nullptr;
         if (!dc_ || width_ < 1 || height_ < 1) return;
-        *pRet = pictureOf(compatibleCopy(dc_, width_, height_)).detach();
+        *pRet = pictureOf(compatibleCopy(dc_, width_, height_, dc_)).detach();
     });
 }
 
