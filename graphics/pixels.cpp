@@ -4,8 +4,8 @@
 #include <cstring>
 #include <vector>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
 #endif
 
 namespace tova::pixels {
@@ -17,13 +17,24 @@ namespace {
 // x / 255 for 0 <= x < 65536, exactly (checked for every x by the tests).
 inline unsigned divide255(unsigned x) { return (x * 0x8081u) >> 23; }
 
-void premultiplyRow(uint8_t* p, int width) {
-    int i = 0;
+void premultiplyTail(uint8_t* p, size_t count) {
+    for (size_t i = 0; i < count; ++i, p += 4) {
+        unsigned a = p[3];
+        p[0] = static_cast<uint8_t>(divide255(p[0] * a));
+        p[1] = static_cast<uint8_t>(divide255(p[1] * a));
+        p[2] = static_cast<uint8_t>(divide255(p[2] * a));
+    }
+}
+
 #ifdef __SSE2__
+// 4 pixels at a time: widen to 16 bits, multiply by the pixel's alpha, divide
+// by 255 exactly (x * 0x8081 >> 23), narrow, and keep the alpha bytes.
+void premultiplySse2(uint8_t* p, size_t count) {
     const __m128i zero = _mm_setzero_si128();
     const __m128i magic = _mm_set1_epi16(static_cast<short>(0x8081));
     const __m128i alphaMask = _mm_set1_epi32(static_cast<int>(0xFF000000u));
-    for (; i + 4 <= width; i += 4) {
+    size_t i = 0;
+    for (; i + 4 <= count; i += 4) {
         __m128i px = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i * 4));
         __m128i lo = _mm_unpacklo_epi8(px, zero);
         __m128i hi = _mm_unpackhi_epi8(px, zero);
@@ -35,21 +46,72 @@ void premultiplyRow(uint8_t* p, int width) {
         out = _mm_or_si128(_mm_andnot_si128(alphaMask, out), _mm_and_si128(alphaMask, px));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(p + i * 4), out);
     }
+    premultiplyTail(p + i * 4, count - i);
+}
 #endif
-    for (; i < width; ++i) {
-        uint8_t* q = p + i * 4;
-        unsigned a = q[3];
-        q[0] = static_cast<uint8_t>(divide255(q[0] * a));
-        q[1] = static_cast<uint8_t>(divide255(q[1] * a));
-        q[2] = static_cast<uint8_t>(divide255(q[2] * a));
+
+#if defined(__x86_64__) || defined(__i386__)
+// The same 8 pixels at a time, where the processor has AVX2.
+__attribute__((target("avx2"))) void premultiplyAvx2(uint8_t* p, size_t count) {
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i magic = _mm256_set1_epi16(static_cast<short>(0x8081));
+    const __m256i alphaMask = _mm256_set1_epi32(static_cast<int>(0xFF000000u));
+    const __m256i spread = _mm256_setr_epi8(6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14, 15, 14, 15,
+                                            6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14, 15, 14, 15);
+    size_t i = 0;
+    for (; i + 8 <= count; i += 8) {
+        __m256i px = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + i * 4));
+        __m256i lo = _mm256_unpacklo_epi8(px, zero);
+        __m256i hi = _mm256_unpackhi_epi8(px, zero);
+        __m256i alo = _mm256_shuffle_epi8(lo, spread);
+        __m256i ahi = _mm256_shuffle_epi8(hi, spread);
+        lo = _mm256_srli_epi16(_mm256_mulhi_epu16(_mm256_mullo_epi16(lo, alo), magic), 7);
+        hi = _mm256_srli_epi16(_mm256_mulhi_epu16(_mm256_mullo_epi16(hi, ahi), magic), 7);
+        __m256i out = _mm256_packus_epi16(lo, hi);  // per 128-bit lane, matching the unpacks
+        out = _mm256_blendv_epi8(out, px, alphaMask);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + i * 4), out);
     }
+    premultiplyTail(p + i * 4, count - i);
+}
+
+bool hasAvx2() {
+    static const bool has = [] {
+        __builtin_cpu_init();
+        return __builtin_cpu_supports("avx2") != 0;
+    }();
+    return has;
+}
+#endif
+
+void premultiplyRun(Simd simd, uint8_t* p, size_t count) {
+#if defined(__x86_64__) || defined(__i386__)
+    if (simd == Simd::Best && hasAvx2()) return premultiplyAvx2(p, count);
+#endif
+#ifdef __SSE2__
+    if (simd != Simd::Scalar) return premultiplySse2(p, count);
+#endif
+    premultiplyTail(p, count);
 }
 
 }  // namespace
 
 void premultiplyAlpha(uint8_t* base, ptrdiff_t stride, int width, int height) {
+    premultiplyAlphaWith(Simd::Best, base, stride, width, height);
+}
+
+void premultiplyAlphaWith(Simd simd, uint8_t* base, ptrdiff_t stride, int width, int height) {
     if (!base || width <= 0 || height <= 0) return;
-    for (int y = 0; y < height; ++y) premultiplyRow(base + y * stride, width);
+    // Rows in ascending memory order (bottom-up DIBs come with a negative
+    // stride); contiguous rows as one run.
+    if (stride < 0) {
+        base += (height - 1) * stride;
+        stride = -stride;
+    }
+    if (stride == static_cast<ptrdiff_t>(width) * 4) {
+        premultiplyRun(simd, base, static_cast<size_t>(width) * height);
+        return;
+    }
+    for (int y = 0; y < height; ++y) premultiplyRun(simd, base + y * stride, static_cast<size_t>(width));
 }
 
 // -------------------------------------------------------------------- random

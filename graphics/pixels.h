@@ -14,6 +14,11 @@ namespace tova::pixels {
 // blue, green, red = value * alpha / 255, truncated; alpha unchanged.
 void premultiplyAlpha(uint8_t* base, ptrdiff_t stride, int width, int height);
 
+// The instruction sets premultiplyAlpha chooses from (the best the processor
+// has); the tests run each.
+enum class Simd { Best, Sse2, Scalar };
+void premultiplyAlphaWith(Simd simd, uint8_t* base, ptrdiff_t stride, int width, int height);
+
 // A small, fast generator; any seed (0 included) gives a usable sequence.
 class Random {
 public:

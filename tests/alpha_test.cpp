@@ -59,7 +59,8 @@ std::wstring tempPath(const wchar_t* name) {
 TEST(Pixels, PremultiplyTruncatesForEveryValueAndAlpha) {
     // Every (value, alpha) pair, in rows of odd widths so that both the wide
     // and the one-pixel paths run.
-    for (int width : {1, 3, 4, 7, 64, 257}) {
+    for (auto simd : {tova::pixels::Simd::Best, tova::pixels::Simd::Sse2, tova::pixels::Simd::Scalar})
+    for (int width : {1, 3, 4, 7, 9, 64, 257}) {
         std::vector<uint8_t> px(static_cast<size_t>(width) * 4);
         for (int a = 0; a < 256; ++a)
             for (int v0 = 0; v0 < 256; v0 += width) {
@@ -68,7 +69,7 @@ TEST(Pixels, PremultiplyTruncatesForEveryValueAndAlpha) {
                     px[i * 4] = static_cast<uint8_t>(v), px[i * 4 + 1] = static_cast<uint8_t>(255 - v);
                     px[i * 4 + 2] = static_cast<uint8_t>(v ^ 0x5A), px[i * 4 + 3] = static_cast<uint8_t>(a);
                 }
-                tova::pixels::premultiplyAlpha(px.data(), 0, width, 1);
+                tova::pixels::premultiplyAlphaWith(simd, px.data(), 0, width, 1);
                 for (int i = 0; i < width; ++i) {
                     int v = (v0 + i) & 255;
                     ASSERT_EQ(v * a / 255, px[i * 4]) << "v " << v << " a " << a << " width " << width;
