@@ -97,7 +97,8 @@ bool replaceFile(const wchar_t* path, const std::vector<uint8_t>& data) {
     if (!path || !*path) return false;
     WIN32_FILE_ATTRIBUTE_DATA before{};
     const bool existed = GetFileAttributesExW(path, GetFileExInfoStandard, &before) != 0;
-    if (existed && (before.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return false;
+    // A folder or a read-only file is not replaced.
+    if (existed && (before.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY))) return false;
 
     wchar_t full[MAX_PATH * 4];
     wchar_t* name = nullptr;
@@ -120,9 +121,12 @@ bool replaceFile(const wchar_t* path, const std::vector<uint8_t>& data) {
             }
         }
     }
-    // A read-only file is not replaced: the move fails and the file stays.
+    // Hidden and system files refuse to be replaced: their attributes are
+    // cleared for the move and come back afterwards (or on failure).
+    if (written && existed) SetFileAttributesW(full, FILE_ATTRIBUTE_NORMAL);
     if (!written || !MoveFileExW(temp, full, MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED)) {
         DeleteFileW(temp);
+        if (written && existed) SetFileAttributesW(full, before.dwFileAttributes);
         return false;
     }
     if (existed) {
