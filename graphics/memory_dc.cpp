@@ -162,9 +162,8 @@ STDMETHODIMP MemoryDC::get_BackColor(VARIANT* pRet) {
 
 STDMETHODIMP MemoryDC::put_BackColor(VARIANT v) {
     return guard([&] {
-        if (isNull(v)) return;
-        COLORREF c = colorValue(v);
-        if (dc_) SetBkColor(dc_, c);
+        if (isNull(v) || !dc_) return;
+        SetBkColor(dc_, colorValue(v));
     });
 }
 
@@ -174,9 +173,8 @@ STDMETHODIMP MemoryDC::get_ForeColor(VARIANT* pRet) {
 
 STDMETHODIMP MemoryDC::put_ForeColor(VARIANT v) {
     return guard([&] {
-        if (isNull(v)) return;
-        COLORREF c = colorValue(v);
-        if (dc_) SetTextColor(dc_, c);
+        if (isNull(v) || !dc_) return;
+        SetTextColor(dc_, colorValue(v));
     });
 }
 
