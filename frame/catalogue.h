@@ -27,6 +27,11 @@ namespace tova {
     X(MouseTrack, Creatable)      \
     X(SystemVersionInfo, Creatable) \
     X(MouseTrackEx, Creatable)    \
+    X(MemoryDC, Creatable)        \
+    X(PaintMethods, Global)       \
+    X(DIBSection, Creatable)      \
+    X(JPEGMethods, Global)        \
+    X(AlphaDIBSection, Creatable) \
     /* end of the list */
 
 struct ClassEntry {

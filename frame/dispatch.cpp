@@ -75,12 +75,16 @@ struct FuncDesc {
 
 bool isInterfaceKind(TYPEKIND k) { return k == TKIND_INTERFACE || k == TKIND_DISPATCH || k == TKIND_COCLASS; }
 
-// The kind of the user-defined type `href` refers to.
-TYPEKIND userKind(ITypeInfo* owner, HREFTYPE href) {
+// The kind of the user-defined type `href` refers to, through aliases (a
+// picture parameter refers to stdole's IPictureDisp by an alias).
+TYPEKIND userKind(ITypeInfo* owner, HREFTYPE href, int depth = 0) {
     ComPtr<ITypeInfo> ref;
-    if (FAILED(owner->GetRefTypeInfo(href, ref.put()))) return TKIND_MAX;
+    if (depth > 8 || FAILED(owner->GetRefTypeInfo(href, ref.put()))) return TKIND_MAX;
     TypeAttr ta(ref.get());
-    return ta.attr ? ta.attr->typekind : TKIND_MAX;
+    if (!ta.attr) return TKIND_MAX;
+    if (ta.attr->typekind == TKIND_ALIAS && ta.attr->tdescAlias.vt == VT_USERDEFINED)
+        return userKind(ref.get(), ta.attr->tdescAlias.hreftype, depth + 1);
+    return ta.attr->typekind;
 }
 
 void resolve(ITypeInfo* owner, const TYPEDESC& td, TypeRef& out, int depth = 0);

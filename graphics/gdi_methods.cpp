@@ -1,6 +1,7 @@
 #include "gdi_methods.h"
 
 #include "gdi_draw.h"
+#include "memory_dc.h"
 
 namespace tova {
 
@@ -50,6 +51,27 @@ STDMETHODIMP GDIMethods::DrawEllipse(LONG hDC, LONG Left, LONG Top, LONG Right, 
     return guard([&] {
         ShapeStyle s = style(BorderColor, BorderStyle, BorderWidth, BackColor, BackStyle, Hatch);
         *required(pRet) = toVB(drawShape(Shape::Ellipse, toHandle<HDC>(hDC), RECT{Left, Top, Right, Bottom}, s));
+    });
+}
+
+STDMETHODIMP GDIMethods::CreateMemoryDC(LONG Width, LONG Height, LONG BackColor, LONG ForeColor, _MemoryDC** pRet) {
+    return guard([&] {
+        *required(pRet) = nullptr;
+        if (Width < 1 || Height < 1) raise(kInvalidArgument);
+        ComPtr<MemoryDC> dc = MemoryDC::make();
+        if (!dc->build(Width, Height)) return;
+        // Only a given back colour clears the surface; a colour that does not
+        // translate becomes -1, which the platform refuses.
+        if (BackColor != -1) {
+            Variant back(translateColor(BackColor));
+            dc->put_BackColor(back);
+            dc->Clear();
+        }
+        if (ForeColor != -1) {
+            Variant fore(translateColor(ForeColor));
+            dc->put_ForeColor(fore);
+        }
+        *pRet = dc.detach();
     });
 }
 

@@ -19,6 +19,7 @@ public:
     STDMETHODIMP DrawEllipse(LONG hDC, LONG Left, LONG Top, LONG Right, LONG Bottom, LONG BorderColor,
                              PenStyleConstants BorderStyle, LONG BorderWidth, LONG BackColor,
                              BrushStyleConstants BackStyle, HatchStyleConstants Hatch, VARIANT_BOOL* pRet) override;
+    STDMETHODIMP CreateMemoryDC(LONG Width, LONG Height, LONG BackColor, LONG ForeColor, _MemoryDC** pRet) override;
 
 private:
     friend class Object<GDIMethods, _GDIMethods>;

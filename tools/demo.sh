@@ -80,6 +80,7 @@ if ! grep -qx 'draw_demo: done' <<<"$out" || [ ! -s "$picture" ]; then
     status=1
 fi
 
+echo; echo "== examples/graphics_demo.vbs: a picture drawn off-screen, saved as JPEG and BMP in build/"; out=$(wine_run "$sysdir\\cscript.exe" //nologo "$(winpath "$root/examples/graphics_demo.vbs")" "$(winpath "$root/build")" | tr -d '\r') || true; printf '%s\n' "$out"; grep -qx 'graphics_demo.vbs: done' <<<"$out" || { echo "demo: graphics_demo.vbs stopped before its end (a script error?)" >&2; status=1; }
 echo
 echo "== files_demo: a folder search with a progress bar from its events, then the registry"
 out=$(wine_run "build/win$bits/bin/files_demo.exe" | tr -d '\r') || status=1
