@@ -1,13 +1,15 @@
 // GDI objects and private memory of the process before and after many
 // create/use/destroy cycles of each graphics class (success and failure paths,
 // ExtractDib and handed-over objects included), with the time per cycle.
-//   graphics_leaks [CYCLES]     (default 100000)
+//   graphics_leaks [CYCLES [CLASS]]     (default 100000 cycles of every class)
 
 #include "bench/graphics_cycles.h"
 #include "frame/catalogue.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <vector>
 
 namespace {
 
@@ -27,13 +29,16 @@ int main(int argc, char** argv) {
         printf("graphics_leaks: %ld cycles per class%s\n", n,
                c.jpeg.empty() ? " (JPEG codec cannot encode: JPEG failure paths only)" : "");
         printf("  %-16s %9s %9s %12s %14s\n", "class", "seconds", "us/cycle", "GDI objects", "private bytes");
-        const cycles::Result results[] = {
-            cycles::measure("MemoryDC", n, [&](long i) { c.memoryDC(i); }),
-            cycles::measure("PaintMethods", n, [&](long i) { c.paintMethods(i); }),
-            cycles::measure("DIBSection", n, [&](long i) { c.dibSection(i); }),
-            cycles::measure("JPEGMethods", n, [&](long i) { c.jpegMethods(i); }),
-            cycles::measure("AlphaDIBSection", n, [&](long i) { c.alphaDIBSection(i); }),
+        const char* only = argc > 2 ? argv[2] : nullptr;
+        std::vector<cycles::Result> results;
+        auto run = [&](const char* name, auto&& cycle) {
+            if (!only || !strcmp(only, name)) results.push_back(cycles::measure(name, n, cycle));
         };
+        run("MemoryDC", [&](long i) { c.memoryDC(i); });
+        run("PaintMethods", [&](long i) { c.paintMethods(i); });
+        run("DIBSection", [&](long i) { c.dibSection(i); });
+        run("JPEGMethods", [&](long i) { c.jpegMethods(i); });
+        run("AlphaDIBSection", [&](long i) { c.alphaDIBSection(i); });
         for (const auto& r : results) {
             printf("  %-16s %9.2f %9.1f %+12ld %+14lld\n", r.name, r.seconds, r.seconds * 1e6 / r.cycles,
                    r.gdiDelta, r.memoryDelta);

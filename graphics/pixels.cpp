@@ -137,24 +137,36 @@ void randomise(uint8_t* base, ptrdiff_t stride, int width, int height, int bytes
                uint64_t seed) {
     if (!base || width <= 0 || height <= 0 || (bytesPerPixel != 3 && bytesPerPixel != 4)) return;
     Random rng(seed);
-    uint64_t bits = 0;
-    int left = 0;
-    auto value = [&]() {
-        if (left == 0) { bits = rng.next(); left = 4; }
-        uint8_t b = Random::byteOf(static_cast<uint32_t>(bits));
-        bits >>= 16;
-        --left;
-        return b;
-    };
+    const int bpp = bytesPerPixel;
+    // Each draw of 64 bits gives four values: four grey pixels or two coloured ones.
     for (int y = 0; y < height; ++y) {
         uint8_t* p = base + y * stride;
+        int x = 0;
         if (grey) {
-            for (int x = 0; x < width; ++x, p += bytesPerPixel) p[0] = p[1] = p[2] = value();
+            for (; x + 4 <= width; x += 4) {
+                uint64_t r = rng.next();
+                for (int k = 0; k < 4; ++k, p += bpp, r >>= 16) p[0] = p[1] = p[2] = Random::byteOf(static_cast<uint32_t>(r));
+            }
+            if (x < width) {
+                uint64_t r = rng.next();
+                for (; x < width; ++x, p += bpp, r >>= 16) p[0] = p[1] = p[2] = Random::byteOf(static_cast<uint32_t>(r));
+            }
         } else {
-            for (int x = 0; x < width; ++x, p += bytesPerPixel) {
+            for (; x + 2 <= width; x += 2) {
+                uint64_t r = rng.next();
                 p[0] = 0;
-                p[1] = value();
-                p[2] = value();
+                p[1] = Random::byteOf(static_cast<uint32_t>(r));
+                p[2] = Random::byteOf(static_cast<uint32_t>(r >> 16));
+                p[bpp] = 0;
+                p[bpp + 1] = Random::byteOf(static_cast<uint32_t>(r >> 32));
+                p[bpp + 2] = Random::byteOf(static_cast<uint32_t>(r >> 48));
+                p += 2 * bpp;
+            }
+            if (x < width) {
+                uint64_t r = rng.next();
+                p[0] = 0;
+                p[1] = Random::byteOf(static_cast<uint32_t>(r));
+                p[2] = Random::byteOf(static_cast<uint32_t>(r >> 16));
             }
         }
     }
