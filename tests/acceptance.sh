@@ -1,7 +1,7 @@
 #!/bin/sh
 # Drives the registered DLL as its users do, with the platform's own tools.
 #   acceptance.sh PREFIX BITS DLL CASE CLIENT_EXE
-# CASE: registration | user_registration | vbscript | text_vbscript | jscript | latebound
+# CASE: registration | user_registration | vbscript | text_vbscript | windows_vbscript | jscript | latebound
 # BITS 32 uses the 32-bit system programs (syswow64) of the 64-bit prefix.
 # Exits 0 on success, 1 on failure, 77 when this machine cannot run BITS.
 prefix=$1 bits=$2 dll=$3 case=$4 client=$5
@@ -165,6 +165,7 @@ registration) registration_case machine ;;
 user_registration) registration_case user ;;
 vbscript) client_case "rectangle.vbs: OK" "$sys\\cscript.exe" //nologo "$(winpath "$here/scripts/rectangle.vbs")" ;;
 text_vbscript) client_case "text.vbs: OK" "$sys\\cscript.exe" //nologo "$(winpath "$here/scripts/text.vbs")" ;;
+windows_vbscript) client_case "windows.vbs: OK" "$sys\\cscript.exe" //nologo "$(winpath "$here/scripts/windows.vbs")" ;;
 jscript) client_case "rectangle.js: OK" "$sys\\cscript.exe" //nologo "$(winpath "$here/scripts/rectangle.js")" ;;
 latebound) client_case "latebound client: OK" "$clientwin" ;;
 *) echo "unknown case '$case'" >&2; exit 2 ;;

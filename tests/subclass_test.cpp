@@ -307,6 +307,20 @@ TEST_F(SubclassTest, CatalogueListsAttachments) {
     EXPECT_EQ(static_cast<HRESULT>(0x800A0009), db->get_Item(&index, none.put()));
     index = 0;
     EXPECT_EQ(static_cast<HRESULT>(0x800A0009), db->get_Item(&index, none.put()));
+    // The default member, as coll(i) calls it.
+    VARIANT arg = vLong(baseline + 1);
+    DISPPARAMS dp{&arg, nullptr, 1, 0};
+    Variant item;
+    EXCEPINFO ex{};
+    ASSERT_EQ(S_OK, db->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD | DISPATCH_PROPERTYGET, &dp, &item, &ex,
+                               nullptr));
+    EXPECT_EQ(VT_DISPATCH, V_VT(&item));
+    arg = vLong(n + 1);
+    EXPECT_EQ(DISP_E_EXCEPTION, db->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD | DISPATCH_PROPERTYGET, &dp,
+                                           item.put(), &ex, nullptr));
+    EXPECT_EQ(static_cast<SCODE>(0x800A0009), ex.scode);
+    SysFreeString(ex.bstrSource);
+    SysFreeString(ex.bstrDescription);
     detach(a);
     detach(b, kOther);
     db->get_Count(&n);
