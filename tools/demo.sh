@@ -80,6 +80,8 @@ if ! grep -qx 'draw_demo: done' <<<"$out" || [ ! -s "$picture" ]; then
     status=1
 fi
 
+echo; echo "== windows_demo: a timer, hover and leave in a small window, the version, a chime"; out=$(wine_run "build/win$bits/bin/windows_demo.exe" 2>&1 | tr -d '\r' | grep -v '^ALSA lib') || status=1; printf '%s\n' "$out"; grep -qx 'windows_demo: done' <<<"$out" || { echo "demo: windows_demo did not finish" >&2; status=1; }
+
 echo
 if [ $status -eq 0 ]; then
     echo "The demo ran to the end. The picture is $picture (320x200 .bmp)."
