@@ -351,6 +351,24 @@ TEST_F(SubclassTest, EachThreadHasItsOwnCatalogue) {
     detach(a);
 }
 
+TEST_F(SubclassTest, TextMessagesPassThroughTheAnsiProcedure) {
+    // The engine's procedure is an ANSI one: text on its way to a Unicode
+    // window's own procedure goes through the system's conversion, so
+    // characters outside the ANSI code page do not survive it.
+    Client a(tovaMessageResponsePostProcess);
+    ASSERT_EQ(S_OK, attach(a, WM_SETTEXT));
+    EXPECT_TRUE(SetWindowTextW(w.hwnd(), L"plain text"));
+    wchar_t text[64] = L"";
+    GetWindowTextW(w.hwnd(), text, 64);
+    EXPECT_STREQ(L"plain text", text);
+    ASSERT_EQ(1u, a.calls.size());
+    SetWindowTextW(w.hwnd(), L"\x3A9\x3B1");
+    GetWindowTextW(w.hwnd(), text, 64);
+    EXPECT_STRNE(L"\x3A9\x3B1", text) << "converted through the ANSI code page";
+    detach(a, WM_SETTEXT);
+    EXPECT_EQ(original, GetWindowLongPtrA(w.hwnd(), GWLP_WNDPROC));
+}
+
 TEST_F(SubclassTest, IsWindowLocal) {
     VARIANT_BOOL local = 0;
     sm->IsWindowLocal(w.handle(), &local);
