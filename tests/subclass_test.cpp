@@ -307,6 +307,20 @@ TEST_F(SubclassTest, CatalogueListsAttachments) {
     EXPECT_EQ(static_cast<HRESULT>(0x800A0009), db->get_Item(&index, none.put()));
     index = 0;
     EXPECT_EQ(static_cast<HRESULT>(0x800A0009), db->get_Item(&index, none.put()));
+    // The default member, as coll(i) calls it.
+    VARIANT arg = vLong(baseline + 1);
+    DISPPARAMS dp{&arg, nullptr, 1, 0};
+    Variant item;
+    EXCEPINFO ex{};
+    ASSERT_EQ(S_OK, db->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD | DISPATCH_PROPERTYGET, &dp, &item, &ex,
+                               nullptr));
+    EXPECT_EQ(VT_DISPATCH, V_VT(&item));
+    arg = vLong(n + 1);
+    EXPECT_EQ(DISP_E_EXCEPTION, db->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD | DISPATCH_PROPERTYGET, &dp,
+                                           item.put(), &ex, nullptr));
+    EXPECT_EQ(static_cast<SCODE>(0x800A0009), ex.scode);
+    SysFreeString(ex.bstrSource);
+    SysFreeString(ex.bstrDescription);
     detach(a);
     detach(b, kOther);
     db->get_Count(&n);
@@ -335,6 +349,24 @@ TEST_F(SubclassTest, EachThreadHasItsOwnCatalogue) {
     EXPECT_EQ(0, otherCount);
     EXPECT_EQ(1, catalogueCount());
     detach(a);
+}
+
+TEST_F(SubclassTest, TextMessagesPassThroughTheAnsiProcedure) {
+    // The engine's procedure is an ANSI one: text on its way to a Unicode
+    // window's own procedure goes through the system's conversion, so
+    // characters outside the ANSI code page do not survive it.
+    Client a(tovaMessageResponsePostProcess);
+    ASSERT_EQ(S_OK, attach(a, WM_SETTEXT));
+    EXPECT_TRUE(SetWindowTextW(w.hwnd(), L"plain text"));
+    wchar_t text[64] = L"";
+    GetWindowTextW(w.hwnd(), text, 64);
+    EXPECT_STREQ(L"plain text", text);
+    ASSERT_EQ(1u, a.calls.size());
+    SetWindowTextW(w.hwnd(), L"\x3A9\x3B1");
+    GetWindowTextW(w.hwnd(), text, 64);
+    EXPECT_STRNE(L"\x3A9\x3B1", text) << "converted through the ANSI code page";
+    detach(a, WM_SETTEXT);
+    EXPECT_EQ(original, GetWindowLongPtrA(w.hwnd(), GWLP_WNDPROC));
 }
 
 TEST_F(SubclassTest, IsWindowLocal) {

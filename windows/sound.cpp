@@ -2,6 +2,7 @@
 
 #include <mmsystem.h>
 
+#include <atomic>
 #include <cwchar>
 
 namespace tova {
@@ -10,7 +11,7 @@ namespace sound {
 namespace {
 
 const wchar_t kWindowClass[] = L"TovaWavePlayer";
-long classUsers = 0;   // players alive; the class goes with the last (all on one thread each)
+std::atomic<long> classUsers{0};   // players alive, on any thread; the class goes with the last
 
 HINSTANCE thisModule() {
     HMODULE m = nullptr;
