@@ -27,8 +27,52 @@ void moduleAddRef();
 void moduleRelease();
 long moduleCount();
 
+// IDispatch for `Interface` through its description in the type library,
+// whose IID `Iid::get()` gives: a class's default interface and any further
+// dual interface it implements use the same code.
+template <class Interface, class Iid>
+class Dispatching : public Interface {
+public:
+    STDMETHODIMP GetTypeInfoCount(UINT* count) override {
+        if (!count) return E_POINTER;
+        *count = 1;
+        return S_OK;
+    }
+    STDMETHODIMP GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
+        if (!info) return E_POINTER;
+        *info = nullptr;
+        if (index != 0) return DISP_E_BADINDEX;
+        ITypeInfo* t = table().typeInfo();
+        if (!t) return TYPE_E_ELEMENTNOTFOUND;
+        t->AddRef();
+        *info = t;
+        return S_OK;
+    }
+    STDMETHODIMP GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
+        if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+        return table().idsOfNames(names, count, ids);
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID riid, LCID lcid, WORD flags, DISPPARAMS* params, VARIANT* result,
+                        EXCEPINFO* excep, UINT* argErr) override {
+        if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+        return table().invoke(static_cast<Interface*>(this), id, lcid, flags, params, result, excep, argErr);
+    }
+
+protected:
+    static const DispatchTable& table() {
+        static const DispatchTable t(Iid::get());
+        return t;
+    }
+};
+
+// The IID of a class's default interface.
+template <class Derived>
+struct DefaultIid {
+    static const IID& get() { return *Derived::kClass.iid; }
+};
+
 template <class Derived, class Interface>
-class Object : public Interface,
+class Object : public Dispatching<Interface, DefaultIid<Derived>>,
                public IProvideClassInfo2,
                public ISupportErrorInfo,
                public IConnectionPointContainer {
@@ -61,32 +105,6 @@ public:
         long n = --refs_;
         if (n == 0) delete static_cast<Derived*>(this);
         return static_cast<ULONG>(n);
-    }
-
-    // ---- IDispatch
-    STDMETHODIMP GetTypeInfoCount(UINT* count) override {
-        if (!count) return E_POINTER;
-        *count = 1;
-        return S_OK;
-    }
-    STDMETHODIMP GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
-        if (!info) return E_POINTER;
-        *info = nullptr;
-        if (index != 0) return DISP_E_BADINDEX;
-        ITypeInfo* t = table().typeInfo();
-        if (!t) return TYPE_E_ELEMENTNOTFOUND;
-        t->AddRef();
-        *info = t;
-        return S_OK;
-    }
-    STDMETHODIMP GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
-        if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
-        return table().idsOfNames(names, count, ids);
-    }
-    STDMETHODIMP Invoke(DISPID id, REFIID riid, LCID lcid, WORD flags, DISPPARAMS* params, VARIANT* result,
-                        EXCEPINFO* excep, UINT* argErr) override {
-        if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
-        return table().invoke(static_cast<Interface*>(this), id, lcid, flags, params, result, excep, argErr);
     }
 
     // ---- IProvideClassInfo2
@@ -152,11 +170,6 @@ protected:
     // Raises event `id` of the class's event interface to every sink.
     void raiseEvent(DISPID id, EventArgs& args) { events_.fire(id, args); }
     bool hasSinks() const { return events_.connected(); }
-
-    static const DispatchTable& table() {
-        static const DispatchTable t(*Derived::kClass.iid);
-        return t;
-    }
 
 private:
     std::atomic<long> refs_{0};

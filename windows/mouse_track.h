@@ -12,40 +12,21 @@ namespace tova {
 
 namespace mouse {
 
+struct SubclassIid {
+    static const IID& get() { return IID__ISubclass; }
+};
+
 // The subclassing client's face of an object whose default interface is
 // another: forwards identity to the owner and the two members to it.
+
 template <class Owner>
-class SubclassFace final : public _ISubclass {
+class SubclassFace final : public Dispatching<_ISubclass, SubclassIid> {
 public:
     explicit SubclassFace(Owner* owner) : owner_(owner) {}
 
     STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override { return owner_->QueryInterface(riid, ppv); }
     STDMETHODIMP_(ULONG) AddRef() override { return owner_->AddRef(); }
     STDMETHODIMP_(ULONG) Release() override { return owner_->Release(); }
-    STDMETHODIMP GetTypeInfoCount(UINT* count) override {
-        if (!count) return E_POINTER;
-        *count = 1;
-        return S_OK;
-    }
-    STDMETHODIMP GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
-        if (!info) return E_POINTER;
-        *info = nullptr;
-        if (index != 0) return DISP_E_BADINDEX;
-        ITypeInfo* t = table().typeInfo();
-        if (!t) return TYPE_E_ELEMENTNOTFOUND;
-        t->AddRef();
-        *info = t;
-        return S_OK;
-    }
-    STDMETHODIMP GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
-        if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
-        return table().idsOfNames(names, count, ids);
-    }
-    STDMETHODIMP Invoke(DISPID id, REFIID riid, LCID lcid, WORD flags, DISPPARAMS* params, VARIANT* result,
-                        EXCEPINFO* excep, UINT* argErr) override {
-        if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
-        return table().invoke(static_cast<_ISubclass*>(this), id, lcid, flags, params, result, excep, argErr);
-    }
     STDMETHODIMP get_MessageResponse(MessageResponseConstants* pRet) override {
         if (!pRet) return E_POINTER;
         *pRet = tovaMessageResponsePreprocess;
@@ -59,10 +40,6 @@ public:
     }
 
 private:
-    static const DispatchTable& table() {
-        static const DispatchTable t(IID__ISubclass);
-        return t;
-    }
     Owner* owner_;
 };
 
