@@ -10,6 +10,7 @@
 // the Rectangle's Changed event and prints every change of its edges.
 #include "frame/typelib.h"
 #include "frame/values.h"
+#include "demo_support.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -18,43 +19,14 @@
 
 using tova::ComPtr;
 
+using demo::check;
+using demo::create;
+
 namespace {
 
 constexpr int kWidth = 320;
 constexpr int kHeight = 200;
 constexpr DISPID kChangedEvent = 1;
-
-// Stops the demo with a message when a call fails; the library describes its
-// errors through the error object.
-void check(HRESULT hr, const char* what) {
-    if (SUCCEEDED(hr)) return;
-    std::fprintf(stderr, "draw_demo: %s failed (HRESULT 0x%08lX)", what, static_cast<unsigned long>(hr));
-    IErrorInfo* info = nullptr;
-    if (GetErrorInfo(0, &info) == S_OK && info) {
-        BSTR source = nullptr, description = nullptr;
-        info->GetSource(&source);
-        info->GetDescription(&description);
-        std::fprintf(stderr, ": %ls: %ls", source ? source : L"", description ? description : L"");
-        SysFreeString(source);
-        SysFreeString(description);
-        info->Release();
-    }
-    std::fprintf(stderr, "\n");
-    std::exit(1);
-}
-
-template <class T>
-ComPtr<T> create(const wchar_t* progId, REFIID iid) {
-    CLSID clsid;
-    HRESULT hr = CLSIDFromProgID(progId, &clsid);
-    if (FAILED(hr)) {
-        std::fprintf(stderr, "draw_demo: %ls is not registered (regsvr32 TOVA200.DLL first)\n", progId);
-        std::exit(1);
-    }
-    ComPtr<T> object;
-    check(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, iid, object.putVoid()), "CoCreateInstance");
-    return object;
-}
 
 // Device-context handles travel as Long.
 LONG handleOf(HDC dc) { return static_cast<LONG>(reinterpret_cast<LONG_PTR>(dc)); }

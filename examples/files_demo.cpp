@@ -11,6 +11,7 @@
 // single files through its by-reference Cancel argument.
 #include "frame/typelib.h"
 #include "frame/values.h"
+#include "demo_support.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -22,25 +23,10 @@ using tova::Bstr;
 using tova::ComPtr;
 using tova::Variant;
 
+using demo::check;
+using demo::create;
+
 namespace {
-
-void check(HRESULT hr, const char* what) {
-    if (SUCCEEDED(hr)) return;
-    std::fprintf(stderr, "files_demo: %s failed (HRESULT 0x%08lX)\n", what, static_cast<unsigned long>(hr));
-    std::exit(1);
-}
-
-template <class T>
-ComPtr<T> create(const wchar_t* progId, REFIID iid) {
-    CLSID clsid;
-    if (FAILED(CLSIDFromProgID(progId, &clsid))) {
-        std::fprintf(stderr, "files_demo: %ls is not registered (regsvr32 TOVA200.DLL first)\n", progId);
-        std::exit(1);
-    }
-    ComPtr<T> object;
-    check(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, iid, object.putVoid()), "CoCreateInstance");
-    return object;
-}
 
 // The events of __FileSearch, numbered as in the type library.
 enum : DISPID { Initialising = 1, Initialised, Started, CurrentFolderChanged, ExamineFile, Progress, Complete };

@@ -9,6 +9,7 @@
 // header; events arrive on a small IDispatch sink.
 #include "frame/typelib.h"
 #include "frame/values.h"
+#include "demo_support.h"
 
 #include <cmath>
 #include <cstdio>
@@ -20,25 +21,10 @@
 using tova::Bstr;
 using tova::ComPtr;
 
+using demo::check;
+using demo::create;
+
 namespace {
-
-void check(HRESULT hr, const char* what) {
-    if (SUCCEEDED(hr)) return;
-    std::fprintf(stderr, "windows_demo: %s failed (HRESULT 0x%08lX)\n", what, static_cast<unsigned long>(hr));
-    std::exit(1);
-}
-
-template <class T>
-ComPtr<T> create(const wchar_t* progId, REFIID iid) {
-    CLSID clsid;
-    if (FAILED(CLSIDFromProgID(progId, &clsid))) {
-        std::fprintf(stderr, "windows_demo: %ls is not registered (regsvr32 TOVA200.DLL first)\n", progId);
-        std::exit(1);
-    }
-    ComPtr<T> object;
-    check(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, iid, object.putVoid()), "CoCreateInstance");
-    return object;
-}
 
 // An event sink that hands each event to a function.
 class Sink : public IDispatch {
