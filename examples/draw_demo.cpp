@@ -38,60 +38,21 @@ std::string edges(const TOVA_RECT& r) {
     return b;
 }
 
-// Receives the Rectangle's events. Changed brings the previous edges as a RECT
-// record by reference; the new ones are read from the rectangle itself.
-class ChangedSink : public IDispatch {
-public:
-    explicit ChangedSink(_Rectangle* source) : source_(source) {}
-
-    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override {
-        if (riid == IID_IUnknown || riid == IID_IDispatch || riid == DIID___Rectangle) {
-            *ppv = static_cast<IDispatch*>(this);
-            AddRef();
-            return S_OK;
-        }
-        *ppv = nullptr;
-        return E_NOINTERFACE;
-    }
-    // Lives on main's stack: the counts only keep COM's bookkeeping right.
-    STDMETHODIMP_(ULONG) AddRef() override { return ++refs_; }
-    STDMETHODIMP_(ULONG) Release() override { return --refs_; }
-    STDMETHODIMP GetTypeInfoCount(UINT* n) override { *n = 0; return S_OK; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) override {
-        if (id != kChangedEvent || !params || params->cArgs != 1) return S_OK;
+// Prints the Rectangle's Changed events: the previous edges come as a RECT
+// record by reference, the new ones are read from the rectangle itself.
+struct ChangeLog {
+    _Rectangle* source;
+    int count = 0;
+    void onEvent(DISPID id, DISPPARAMS* params) {
+        if (id != kChangedEvent || params->cArgs != 1) return;
         const VARIANT& arg = params->rgvarg[0];
-        if (V_VT(&arg) != (VT_RECORD | VT_BYREF) || !V_RECORD(&arg)) return S_OK;
+        if (V_VT(&arg) != (VT_RECORD | VT_BYREF) || !V_RECORD(&arg)) return;
         const TOVA_RECT before = *static_cast<const TOVA_RECT*>(V_RECORD(&arg));
         TOVA_RECT now{};
-        source_->get_RECT(&now);
-        ++count_;
+        source->get_RECT(&now);
+        ++count;
         std::printf("    Changed: %s -> %s\n", edges(before).c_str(), edges(now).c_str());
-        return S_OK;
     }
-
-    void connect() {
-        IConnectionPointContainer* container = nullptr;
-        check(source_->QueryInterface(IID_IConnectionPointContainer, reinterpret_cast<void**>(&container)),
-              "QueryInterface(IConnectionPointContainer)");
-        check(container->FindConnectionPoint(DIID___Rectangle, point_.put()), "FindConnectionPoint");
-        container->Release();
-        check(point_->Advise(static_cast<IDispatch*>(this), &cookie_), "Advise");
-    }
-    void disconnect() {
-        if (point_ && cookie_) point_->Unadvise(cookie_);
-        point_.reset();
-        cookie_ = 0;
-    }
-    int count() const { return count_; }
-
-private:
-    _Rectangle* source_;
-    ULONG refs_ = 1;
-    ComPtr<IConnectionPoint> point_;
-    DWORD cookie_ = 0;
-    int count_ = 0;
 };
 
 // The picture: a 32-bit top-down DIB section selected into a memory DC.
@@ -184,8 +145,9 @@ int run(const std::string& path) {
     ComPtr<_APIMethods> api = create<_APIMethods>(L"TOVA32.APIMethods", IID__APIMethods);
     say("Created TOVA32.Rectangle, TOVA32.GDIMethods and TOVA32.APIMethods by ProgID.");
 
-    ChangedSink sink(rect.get());
-    sink.connect();
+    ChangeLog changes{rect.get()};
+    demo::Sink sink(DIID___Rectangle, [&](DISPID id, DISPPARAMS* p) { changes.onEvent(id, p); });
+    sink.connect(rect.get());
     say("Listening to the rectangle's Changed event.");
 
     Canvas canvas;
@@ -347,7 +309,7 @@ int run(const std::string& path) {
     rect->get_MidY(&midY);
     std::printf("The rectangle ends as %s: %ld x %ld, centre (%ld, %ld); Changed was raised %d times.\n",
                 edges(all).c_str(), static_cast<long>(width), static_cast<long>(height),
-                static_cast<long>(midX), static_cast<long>(midY), sink.count());
+                static_cast<long>(midX), static_cast<long>(midY), changes.count);
     sink.disconnect();
 
     if (!canvas.save(path)) {

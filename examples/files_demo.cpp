@@ -33,27 +33,11 @@ enum : DISPID { Initialising = 1, Initialised, Started, CurrentFolderChanged, Ex
 
 // Draws the progress bar and refuses the C runtime libraries (names starting
 // with "msvc"), to show Cancel at work.
-class ProgressSink : public IDispatch {
+class SearchLog {
 public:
     long folders = 0, examined = 0, refused = 0;
 
-    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override {
-        if (riid == IID_IUnknown || riid == IID_IDispatch || riid == DIID___FileSearch) {
-            *ppv = static_cast<IDispatch*>(this);
-            return S_OK;
-        }
-        *ppv = nullptr;
-        return E_NOINTERFACE;
-    }
-    // Lives on main's stack.
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP GetTypeInfoCount(UINT* n) override { *n = 0; return S_OK; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-
-    // Arguments arrive last first: rgvarg[cArgs - 1] is the first one.
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override {
+    void onEvent(DISPID id, DISPPARAMS* p) {
         switch (id) {
         case Initialising:
             std::printf("  Initialising: counting the folders\n");
@@ -78,7 +62,6 @@ public:
         case Progress: bar(V_R4(&p->rgvarg[0])); break;
         case Complete: std::printf("  Complete\n"); break;
         }
-        return S_OK;
     }
 
 private:
@@ -121,12 +104,9 @@ double seconds() {
 
 void searchDemo(const std::wstring& folder, const std::vector<std::wstring>& patterns) {
     auto fs = create<_FileSearch>(L"TOVA32.FileSearch", IID__FileSearch);
-    ProgressSink sink;
-    ComPtr<IConnectionPointContainer> cpc = fs.as<IConnectionPointContainer>(IID_IConnectionPointContainer);
-    ComPtr<IConnectionPoint> point;
-    DWORD cookie = 0;
-    check(cpc->FindConnectionPoint(DIID___FileSearch, point.put()), "FindConnectionPoint");
-    check(point->Advise(&sink, &cookie), "Advise");
+    SearchLog progress;
+    demo::Sink sink(DIID___FileSearch, [&](DISPID id, DISPPARAMS* p) { progress.onEvent(id, p); });
+    sink.connect(fs.get());
 
     // The criteria: a Variant array of patterns.
     SAFEARRAY* list = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(patterns.size()));
@@ -149,18 +129,18 @@ void searchDemo(const std::wstring& folder, const std::vector<std::wstring>& pat
     const double took = seconds() - start;
     std::vector<std::wstring> files = strings(found);
     std::printf("%zu files accepted of %ld examined (%ld refused by the sink's Cancel) in %ld folders, %.2f s.\n",
-                files.size(), sink.examined, sink.refused, sink.folders, took);
+                files.size(), progress.examined, progress.refused, progress.folders, took);
     for (size_t i = 0; i < files.size() && i < 3; ++i) std::printf("    %ls\n", files[i].c_str());
     if (files.size() > 3) std::printf("    ...\n");
 
     std::printf("SearchFolderEx without the index: Progress counts the top folder's sub-folders only.\n");
     VARIANT_BOOL noIndex = VARIANT_FALSE;
-    sink.examined = sink.refused = 0;
+    progress.examined = progress.refused = 0;
     Variant again;
     check(fs->SearchFolderEx(&b, &criteria, &noIndex, &again), "SearchFolderEx");
     std::printf("%zu files accepted, the same %s.\n", strings(again).size(),
                 strings(again) == files ? "list in the same order" : "files in another order (the tree changed?)");
-    point->Unadvise(cookie);
+    sink.disconnect();
 }
 
 void registryDemo() {

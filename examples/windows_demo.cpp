@@ -23,48 +23,9 @@ using tova::ComPtr;
 
 using demo::check;
 using demo::create;
+using demo::Sink;
 
 namespace {
-
-// An event sink that hands each event to a function.
-class Sink : public IDispatch {
-public:
-    Sink(REFIID events, std::function<void(DISPID, DISPPARAMS*)> f) : events_(events), f_(std::move(f)) {}
-    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override {
-        if (riid == IID_IUnknown || riid == IID_IDispatch || riid == events_) {
-            *ppv = static_cast<IDispatch*>(this);
-            return S_OK;
-        }
-        *ppv = nullptr;
-        return E_NOINTERFACE;
-    }
-    // Lives on main's stack.
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP GetTypeInfoCount(UINT* n) override { *n = 0; return S_OK; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override {
-        f_(id, p);
-        return S_OK;
-    }
-    void connect(IUnknown* source) {
-        ComPtr<IConnectionPointContainer> cpc;
-        check(source->QueryInterface(IID_IConnectionPointContainer, cpc.putVoid()), "connection points");
-        check(cpc->FindConnectionPoint(events_, point_.put()), "FindConnectionPoint");
-        check(point_->Advise(this, &cookie_), "Advise");
-    }
-    void disconnect() {
-        if (point_) point_->Unadvise(cookie_);
-        point_.reset();
-    }
-
-private:
-    IID events_;
-    std::function<void(DISPID, DISPPARAMS*)> f_;
-    ComPtr<IConnectionPoint> point_;
-    DWORD cookie_ = 0;
-};
 
 void pump(DWORD ms, const std::function<bool()>& done) {
     ULONGLONG end = GetTickCount64() + ms;
