@@ -1,7 +1,8 @@
 // Every member of every class the registry can create, called late-bound as a
 // careless script would call it: all arguments Empty, Null, 0, -1, the largest
 // Long, an empty or a stray String, or Nothing. Each call must come back with
-// an HRESULT; the program must neither crash nor hang.
+// an HRESULT; the program must neither crash nor hang. Each kind is also
+// given to one argument at a time, the others 0.
 //
 // Left out: members that take a memory address (no library can check one),
 // Pause (it sleeps as long as it is asked to), the sound members (they would
@@ -69,9 +70,15 @@ size_t callEverything(IDispatch* object, ITypeInfo* dispatchInfo, const std::wst
         const SHORT params = f->cParams;
         dispatchInfo->ReleaseFuncDesc(f);
         if (skip) continue;
-        for (const Variant& value : values) {
+        // Every argument of one kind, then each argument alone of that kind
+        // with 0 for the others.
+        const Variant zero(0L);
+        for (size_t call = 0; call < values.size() * static_cast<size_t>(params + 1); ++call) {
+            const Variant& value = values[call % values.size()];
+            const size_t odd = call / values.size();  // 0: all of them; p: argument p alone
             std::vector<VARIANT> args(static_cast<size_t>(params));
-            for (VARIANT& a : args) a = value;  // shallow: `values` owns them
+            for (size_t a = 0; a < args.size(); ++a)  // shallow: `values` and `zero` own them
+                args[a] = odd == 0 || odd == a + 1 ? static_cast<const VARIANT&>(value) : static_cast<const VARIANT&>(zero);
             DISPPARAMS dp{args.data(), nullptr, static_cast<UINT>(params), 0};
             DISPID put = DISPID_PROPERTYPUT;
             WORD flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
@@ -85,7 +92,7 @@ size_t callEverything(IDispatch* object, ITypeInfo* dispatchInfo, const std::wst
             UINT argErr = 0;
             SCOPED_TRACE(testing::Message() << std::string(cls.begin(), cls.end()) << "."
                                             << std::string(name.begin(), name.end()) << " with kind "
-                                            << (&value - values.data()));
+                                            << call % values.size() << " in argument " << odd);
             object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &dp, &result, &excep, &argErr);
             SysFreeString(excep.bstrSource);
             SysFreeString(excep.bstrDescription);
