@@ -29,8 +29,8 @@ constexpr std::array<uint8_t, 80> makeZigzag() {
 constexpr std::array<uint8_t, 80> kZigzagArray = makeZigzag();
 static_assert(kZigzagArray[2] == 8 && kZigzagArray[3] == 16 && kZigzagArray[63] == 63, "zig-zag order");
 
-HuffSpec makeSpec(const uint8_t (&counts)[16], const uint8_t* head, int headCount, bool ac) {
-    HuffSpec s{};
+HuffTable makeTable(const uint8_t (&counts)[16], const uint8_t* head, int headCount, bool ac) {
+    HuffTable s{};
     for (int i = 0; i < 16; ++i) s.bits[i + 1] = counts[i];
     for (int i = 0; i < headCount; ++i) s.values[i] = head[i];
     s.count = headCount;
@@ -48,7 +48,7 @@ HuffSpec makeSpec(const uint8_t (&counts)[16], const uint8_t* head, int headCoun
     return s;
 }
 
-const HuffSpec* buildSpecs() {
+const HuffTable* buildTables() {
     static const uint8_t dcLumaBits[16] = {0, 1, 5, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0};
     static const uint8_t dcChromaBits[16] = {0, 3, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0};
     static const uint8_t dcValues[12] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
@@ -62,13 +62,13 @@ const HuffSpec* buildSpecs() {
                                            0x41, 0x51, 0x07, 0x61, 0x71, 0x13, 0x22, 0x32, 0x81, 0x08, 0x14,
                                            0x42, 0x91, 0xa1, 0xb1, 0xc1, 0x09, 0x23, 0x33, 0x52, 0xf0, 0x15,
                                            0x62, 0x72, 0xd1, 0x0a, 0x16, 0x24, 0x34, 0xe1, 0x25, 0xf1};
-    static HuffSpec specs[4] = {
-        makeSpec(dcLumaBits, dcValues, 12, false),
-        makeSpec(dcChromaBits, dcValues, 12, false),
-        makeSpec(acLumaBits, acLumaHead, sizeof acLumaHead, true),
-        makeSpec(acChromaBits, acChromaHead, sizeof acChromaHead, true),
+    static HuffTable tables[4] = {
+        makeTable(dcLumaBits, dcValues, 12, false),
+        makeTable(dcChromaBits, dcValues, 12, false),
+        makeTable(acLumaBits, acLumaHead, sizeof acLumaHead, true),
+        makeTable(acChromaBits, acChromaHead, sizeof acChromaHead, true),
     };
-    return specs;
+    return tables;
 }
 
 // ------------------------------------------------------------ fixed point
@@ -198,9 +198,9 @@ const uint8_t kStdChromaQuant[64] = {
     99, 99, 47, 66, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99,
     99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99};
 
-const HuffSpec& stdHuffman(int which) {
-    static const HuffSpec* specs = buildSpecs();
-    return specs[which];
+const HuffTable& stdHuffman(int which) {
+    static const HuffTable* tables = buildTables();
+    return tables[which];
 }
 
 void idct8x8(const int16_t* coef, const uint16_t* quant, uint8_t* out, ptrdiff_t stride) {

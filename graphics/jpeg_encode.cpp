@@ -20,7 +20,7 @@ using namespace detail;
 struct HuffCodes {
     uint16_t code[256];
     uint8_t size[256];
-    void build(const HuffSpec& s) {
+    void build(const HuffTable& s) {
         std::memset(size, 0, sizeof size);
         int c = 0, k = 0;
         for (int len = 1; len <= 16; ++len) {
@@ -194,7 +194,7 @@ void writeHeaders(std::vector<uint8_t>& o, int width, int height, const uint8_t*
     put16(o, len);
     static const uint8_t classId[4] = {0x00, 0x01, 0x10, 0x11};
     for (int i = 0; i < 4; ++i) {
-        const HuffSpec& s = stdHuffman(i);
+        const HuffTable& s = stdHuffman(i);
         o.push_back(classId[i]);
         o.insert(o.end(), s.bits + 1, s.bits + 17);
         o.insert(o.end(), s.values, s.values + s.count);

@@ -16,13 +16,13 @@ extern const uint8_t kZigzag[80];
 extern const uint8_t kStdLumaQuant[64];    // natural order
 extern const uint8_t kStdChromaQuant[64];  // natural order
 
-struct HuffSpec {
+struct HuffTable {
     uint8_t bits[17];  // bits[n]: number of codes of length n (bits[0] unused)
     uint8_t values[256];
     int count;
 };
 // Luminance DC, chrominance DC, luminance AC, chrominance AC.
-const HuffSpec& stdHuffman(int which);
+const HuffTable& stdHuffman(int which);
 
 // Inverse DCT of one block of quantised coefficients (natural order) with the
 // quantisation table (natural order), writing 8 rows of 8 samples.
