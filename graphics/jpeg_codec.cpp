@@ -475,12 +475,19 @@ struct Decoder {
         return true;
     }
 
-    bool readQuant() {
+    // The body of a segment whose length comes next: [s, e), with p moved past it.
+    bool segment(const uint8_t*& s, const uint8_t*& e) {
         int len;
         if (!u16(len) || len < 2 || end - p < len - 2) return false;
-        const uint8_t* s = p;
-        const uint8_t* e = p + len - 2;
+        s = p;
+        e = p + len - 2;
         p = e;
+        return true;
+    }
+
+    bool readQuant() {
+        const uint8_t *s, *e;
+        if (!segment(s, e)) return false;
         while (s < e) {
             int pq = *s >> 4, tq = *s & 15;
             ++s;
@@ -496,11 +503,8 @@ struct Decoder {
     }
 
     bool readHuffman() {
-        int len;
-        if (!u16(len) || len < 2 || end - p < len - 2) return false;
-        const uint8_t* s = p;
-        const uint8_t* e = p + len - 2;
-        p = e;
+        const uint8_t *s, *e;
+        if (!segment(s, e)) return false;
         while (s < e) {
             if (e - s < 17) return false;
             int tc = *s >> 4, th = *s & 15;
