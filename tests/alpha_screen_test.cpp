@@ -40,15 +40,7 @@ TEST(AlphaScreen, BlendsOrCopiesAsTheSystemAllows) {
     VARIANT_BOOL ok;
     ASSERT_EQ(S_OK, dib->Create(8, 8, &ok));
     ASSERT_EQ(VARIANT_TRUE, ok);
-    LONG_PTR p = 0;
-#ifdef _WIN64
-    hyper raw = 0;
-#else
-    LONG raw = 0;
-#endif
-    dib->get_DIBSectionBitsPtr(&raw);
-    p = static_cast<LONG_PTR>(raw);
-    DWORD* px = reinterpret_cast<DWORD*>(p);
+    DWORD* px = reinterpret_cast<DWORD*>(dibBits(dib.get()));
     for (int i = 0; i < 64; ++i) px[i] = 0xFFC81E00;  // opaque: red 200, green 30, blue 0
 
     Canvas canvas(8, 8, RGB(0, 0, 200));

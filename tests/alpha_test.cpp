@@ -14,25 +14,16 @@ namespace {
 ComPtr<_AlphaDIBSection> newAlpha() { return create<_AlphaDIBSection>(CLSID_AlphaDIBSection, IID__AlphaDIBSection); }
 
 ComPtr<_AlphaDIBSection> alphaOf(long w, long h) {
-    auto d = newAlpha();
-    VARIANT_BOOL ok = VARIANT_FALSE;
-    if (d) d->Create(w, h, &ok);
-    return ok ? d : ComPtr<_AlphaDIBSection>();
+    return createDib<_AlphaDIBSection>(CLSID_AlphaDIBSection, IID__AlphaDIBSection, w, h);
 }
 
 // Pixel (x, y) from the top as 0xAARRGGBB, in memory.
 DWORD* at(_AlphaDIBSection* d, int x, int y) {
-#ifdef _WIN64
-    hyper p = 0;
-#else
-    LONG p = 0;
-#endif
-    d->get_DIBSectionBitsPtr(&p);
     LONG w = 0, h = 0;
     d->get_Width(&w);
     d->get_Height(&h);
     GdiFlush();
-    return reinterpret_cast<DWORD*>(static_cast<LONG_PTR>(p)) + (h - 1 - y) * w + x;
+    return reinterpret_cast<DWORD*>(dibBits(d)) + (h - 1 - y) * w + x;
 }
 
 void fillAll(_AlphaDIBSection* d, int w, int h, DWORD argb) {

@@ -14,22 +14,8 @@ namespace {
 ComPtr<_DIBSection> newDib() { return create<_DIBSection>(CLSID_DIBSection, IID__DIBSection); }
 ComPtr<_JPEGMethods> newJpeg() { return create<_JPEGMethods>(CLSID_JPEGMethods, IID__JPEGMethods); }
 
-ComPtr<_DIBSection> dibOf(long w, long h) {
-    auto d = newDib();
-    VARIANT_BOOL ok = VARIANT_FALSE;
-    if (d) d->Create(w, h, &ok);
-    return ok ? d : ComPtr<_DIBSection>();
-}
-
-uint8_t* bitsOf(_DIBSection* d) {
-#ifdef _WIN64
-    hyper p = 0;
-#else
-    LONG p = 0;
-#endif
-    d->get_DIBSectionBitsPtr(&p);
-    return reinterpret_cast<uint8_t*>(static_cast<LONG_PTR>(p));
-}
+ComPtr<_DIBSection> dibOf(long w, long h) { return createDib<_DIBSection>(CLSID_DIBSection, IID__DIBSection, w, h); }
+uint8_t* bitsOf(_DIBSection* d) { return dibBits(d); }
 
 long lineOf(_DIBSection* d) {
     LONG v = 0;

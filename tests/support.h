@@ -34,6 +34,27 @@ ComPtr<I> create(REFCLSID clsid, REFIID iid) {
 
 inline ComPtr<_Rectangle> newRectangle() { return create<_Rectangle>(CLSID_Rectangle, IID__Rectangle); }
 
+// A DIB section of either DIB class made at w x h; null when it cannot be made.
+template <class I>
+ComPtr<I> createDib(REFCLSID clsid, REFIID iid, long w, long h) {
+    ComPtr<I> d = create<I>(clsid, iid);
+    VARIANT_BOOL ok = VARIANT_FALSE;
+    if (d) d->Create(w, h, &ok);
+    return ok ? d : ComPtr<I>();
+}
+
+// The address of a DIB section's pixels.
+template <class I>
+uint8_t* dibBits(I* d) {
+#ifdef _WIN64
+    hyper p = 0;  // addresses are pointer-sized in the 64-bit type library
+#else
+    LONG p = 0;
+#endif
+    d->get_DIBSectionBitsPtr(&p);
+    return reinterpret_cast<uint8_t*>(static_cast<LONG_PTR>(p));
+}
+
 // A late-bound call by name. `args` are in declaration order; `named` gives
 // names for the last named.size() arguments.
 struct CallResult {
