@@ -191,11 +191,17 @@ bool significantDigits(double x, uint64_t& q, int& e10) {
 // Writes the text of the number with digits q and exponent e (as
 // significantDigits gives them); returns its length.
 UINT formatDigits(uint64_t q, int e, bool negative, wchar_t sep, wchar_t* out) {
-    char d[15];
-    for (int k = 14; k >= 0; --k) {
-        d[k] = static_cast<char>('0' + q % 10);
-        q /= 10;
+    char d[15];  // q's 15 digits, two at a time from two 32-bit halves
+    uint32_t high = static_cast<uint32_t>(q / 100000000), low = static_cast<uint32_t>(q % 100000000);
+    for (int k = 14; k > 6; k -= 2, low /= 100) {
+        d[k] = kDigitPairs[(low % 100) * 2 + 1];
+        d[k - 1] = kDigitPairs[(low % 100) * 2];
     }
+    for (int k = 6; k > 0; k -= 2, high /= 100) {
+        d[k] = kDigitPairs[(high % 100) * 2 + 1];
+        d[k - 1] = kDigitPairs[(high % 100) * 2];
+    }
+    d[0] = static_cast<char>('0' + high);
     const int whole = e >= 0 ? e + 1 : 0;  // digits before the separator
     int last = 14;
     while (last >= whole && d[last] == '0') --last;
@@ -582,6 +588,9 @@ public:
     // An element's text against the pivot's.
     int against(uint64_t key, BSTR s) {
         if (key != key_) return key < key_ ? kLT : kGT;
+        // The scan from below meets the pivot's own element in every
+        // partition: no need to fetch that string from the heap.
+        if (s == bstr_ && s) return kEQ;
         return compareTexts(s, textLength(s), text_, length());
     }
     bool number(double& v) {
@@ -1314,6 +1323,397 @@ void withOps(SAFEARRAY* psa, VARTYPE vt, const Bounds& b, const Numbers& nums, b
     }
 }
 
+// ------------------------------------------------- numbers sorted in place
+//
+// An array of Variants holding only Longs, or only Doubles whose text is ours
+// to write, is the common case and the costly one: the quicksort turns nearly
+// every element into a String as it moves. So the passes run in the array's
+// own memory, each element's place holding its number or, once the element
+// has gone through the text temporary, what its text is written from and a
+// key that orders as that text does; the Strings are made in one last pass.
+// The comparisons and exchanges are those quickPasses makes, with no heap
+// traffic inside the loops and no string read back from the heap.
+
+// A number's text packed four bits a character, the first character highest:
+// 0 past the end, then '-', the separator and the digits ranked as their code
+// units rank, so keys order as the texts do. Sixteen characters fit: all of a
+// Long's text, most of a Double's.
+class TextPacking {
+public:
+    explicit TextPacking(wchar_t separator) : sep_(separator) {
+        if (separator < L'-') rankSep_ = 1, rankMinus_ = 2, rankZero_ = 3;
+        else if (separator < L'0') rankMinus_ = 1, rankSep_ = 2, rankZero_ = 3;
+        else rankMinus_ = 1, rankZero_ = 2, rankSep_ = 12;
+    }
+    uint64_t pack(const wchar_t* s, UINT n) const {
+        uint64_t k = 0;
+        const UINT m = n < 16 ? n : 16;
+        for (UINT i = 0; i < m; ++i) {
+            const unsigned digit = static_cast<unsigned>(s[i]) - L'0';
+            k = (k << 4) | (digit < 10 ? rankZero_ + digit : s[i] == sep_ ? rankSep_ : rankMinus_);
+        }
+        return m < 16 ? k << (4 * (16 - m)) : k;
+    }
+
+private:
+    wchar_t sep_;
+    unsigned rankMinus_, rankSep_, rankZero_;
+};
+
+// The key of an element that is still a number is at or above kNumber: no
+// text packs to one (no character has rank 15). Below that mark it may carry
+// what the number's text will be written from.
+constexpr uint64_t kNumber = 0xFULL << 60;
+inline bool isNumber(uint64_t key) { return key >= kNumber; }
+
+// Longs: the number is all its text needs.
+struct LongTexts {
+    using Value = LONG;
+    // The cell of an element; false when it is not a number of this kind, ours to write.
+    static bool take(const VARIANT& v, const Numbers& nums, uint64_t& key, Value& x) {
+        if (V_VT(&v) != VT_I4 || !nums.ownLong) return false;
+        key = kNumber;
+        x = V_I4(&v);
+        return true;
+    }
+    static void number(VARIANT& v, Value x) {
+        V_VT(&v) = VT_I4;
+        V_I4(&v) = x;
+    }
+    static double numberOf(Value x) { return x; }
+    // A number's cell turned to text: returns its key (a Long's value stays).
+    static uint64_t toText(uint64_t, Value& x, const Numbers&, const TextPacking& packing) {
+        wchar_t buf[16];
+        return packing.pack(buf, formatLong(x, buf));
+    }
+    // The text of a text cell.
+    static UINT write(Value x, const Numbers&, wchar_t* out) { return formatLong(x, out); }
+    static double readBackNumber(uint64_t, Value x) { return x; }
+    static double readBackText(Value x) { return x; }
+    static void textAsNumber(VARIANT& v, Value x) { number(v, x); }
+    static bool sameText(Value a, Value b) { return a == b; }
+};
+
+// Doubles: the digits of a number's text are worked out once, when the cell
+// is made, and kept under the mark of its key; once text, the cell keeps them
+// in place of the Double, which no longer matters (the text reads back as
+// another number).
+struct DoubleTexts {
+    union Value {
+        double x;         // while a number
+        uint64_t digits;  // as text: q in bits 0-49, e + 4 in bits 50-54, the sign in bit 55
+    };
+    static bool take(const VARIANT& v, const Numbers& nums, uint64_t& key, Value& x) {
+        if (V_VT(&v) != VT_R8 || !nums.ownText || !nums.ownRead) return false;
+        const double d = V_R8(&v);
+        uint64_t q = 0;
+        int e = 0;
+        if (d != 0 ? !significantDigits(d, q, e) : std::signbit(d)) return false;  // "0" is q = 0, e = 0
+        key = kNumber | q | (static_cast<uint64_t>(e + 4) << 50) | (static_cast<uint64_t>(d < 0) << 55);
+        x.x = d;
+        return true;
+    }
+    static void number(VARIANT& v, Value x) {
+        V_VT(&v) = VT_R8;
+        V_R8(&v) = x.x;
+    }
+    static double numberOf(Value x) { return x.x; }
+    static uint64_t toText(uint64_t key, Value& x, const Numbers& nums, const TextPacking& packing) {
+        x.digits = key & ~kNumber;
+        wchar_t buf[48];
+        return packing.pack(buf, write(x, nums, buf));
+    }
+    static uint64_t q(Value x) { return x.digits & ((1ULL << 50) - 1); }
+    static int e(Value x) { return static_cast<int>((x.digits >> 50) & 31) - 4; }
+    static bool negative(Value x) { return (x.digits >> 55) & 1; }
+    static UINT write(Value x, const Numbers& nums, wchar_t* out) {
+        return formatDigits(q(x), e(x), negative(x), nums.sep, out);
+    }
+    static double readBackNumber(uint64_t key, Value) {
+        Value t;
+        t.digits = key & ~kNumber;
+        return readBackText(t);
+    }
+    static double readBackText(Value x) { return readBack(q(x), e(x), negative(x)); }
+    static void textAsNumber(VARIANT& v, Value x) {
+        V_VT(&v) = VT_R8;
+        V_R8(&v) = readBackText(x);
+    }
+    static bool sameText(Value a, Value b) { return a.digits == b.digits; }
+};
+
+template <class Texts>
+class NumberCells {
+    using Value = typename Texts::Value;
+    struct Contents {
+        uint64_t key;  // at or above kNumber while a number, else the key of its text
+        Value value;
+    };
+    union Cell {
+        Contents c;
+        VARIANT v;
+    };
+    static_assert(sizeof(Cell) == sizeof(VARIANT), "a cell is a Variant's place");
+
+public:
+    NumberCells(VARIANT* v, int64_t lb, uint64_t count, const Numbers& nums)
+        : cells_(reinterpret_cast<Cell*>(v) - lb), lb_(lb), ub_(lb + static_cast<int64_t>(count) - 1), nums_(nums),
+          packing_(nums.sep) {}
+
+    // True, with every element a cell, when they are all numbers of the kind,
+    // ours to write; false, changing nothing, when they are not.
+    bool take() {
+        for (int64_t k = lb_; k <= ub_; ++k) {
+            uint64_t key;
+            Value x;
+            if (!Texts::take(cells_[k].v, nums_, key, x)) {
+                while (--k >= lb_) Texts::number(cells_[k].v, cells_[k].c.value);
+                return false;
+            }
+            cells_[k].c = Contents{key, x};
+        }
+        return true;
+    }
+    // Each element back from its cell: the number, or a String of its text.
+    // When memory runs out the rest hold the numbers their texts read as, and
+    // false is returned.
+    bool give() noexcept {
+        bool complete = true;
+        for (int64_t k = lb_; k <= ub_; ++k) {
+            const Contents c = cells_[k].c;
+            VARIANT& v = cells_[k].v;
+            VariantInit(&v);
+            if (isNumber(c.key)) {
+                Texts::number(v, c.value);
+                continue;
+            }
+            wchar_t buf[48];
+            BSTR text = complete ? SysAllocStringLen(buf, Texts::write(c.value, nums_, buf)) : nullptr;
+            if (text) {
+                V_VT(&v) = VT_BSTR;
+                V_BSTR(&v) = text;
+            } else {
+                complete = false;
+                Texts::textAsNumber(v, c.value);
+            }
+        }
+        return complete;
+    }
+
+    // quickPasses over the cells.
+    void sort(int64_t lo, int64_t hi, Direction& direction) {
+        int64_t pendingLo[33], pendingHi[33];
+        int sp = 0;
+        pendingLo[0] = lo;
+        pendingHi[0] = hi;
+        for (;;) {
+            if (hi > lo) {
+                const int64_t i = direction.descending() ? partition<true>(lo, hi) : partition<false>(lo, hi);
+                if (++sp > 32) raise(kSubscriptOutOfRange);
+                if (i - lo > hi - i) {
+                    pendingLo[sp] = lo;
+                    pendingHi[sp] = checkedLong(i - 1);
+                    lo = checkedLong(i + 1);
+                } else {
+                    pendingLo[sp] = checkedLong(i + 1);
+                    pendingHi[sp] = hi;
+                    hi = checkedLong(i - 1);
+                }
+            } else {
+                if (sp == 0) return;
+                lo = pendingLo[sp];
+                hi = pendingHi[sp];
+                --sp;
+            }
+        }
+    }
+
+private:
+    // The pivot's cell, turned to text when a text is first compared with it,
+    // and the number its text reads as, worked out when first needed.
+    struct Pivot {
+        Contents c;
+        bool numberKnown;
+        double number;
+    };
+
+    Contents& at(int64_t index) const {
+        if (index < lb_ || index > ub_) raiseIndex(index);
+        return cells_[index].c;
+    }
+    void toText(Contents& c) const {
+        if (isNumber(c.key)) c.key = Texts::toText(c.key, c.value, nums_, packing_);
+    }
+
+    // An element against the pivot: -1, 0 or 1.
+    int order(const Contents& e, Pivot& p) const {
+        if (isNumber(e.key)) {
+            if (p.numberKnown) {
+                const double x = Texts::numberOf(e.value);
+                return x < p.number ? -1 : x > p.number ? 1 : 0;
+            }
+        } else if (e.key != p.c.key && !isNumber(p.c.key)) {
+            return e.key < p.c.key ? -1 : 1;
+        }
+        return settle(e, p);
+    }
+    // The rest of order(), kept out of the scanning loops.
+    __attribute__((noinline)) int settle(const Contents& e, Pivot& p) const {
+        if (isNumber(e.key)) {
+            knowNumber(p);
+            const double x = Texts::numberOf(e.value);
+            return x < p.number ? -1 : x > p.number ? 1 : 0;
+        }
+        toText(p.c);
+        if (e.key != p.c.key) return e.key < p.c.key ? -1 : 1;
+        // Texts that agree in their first sixteen characters.
+        if ((e.key & 0xF) == 0 || Texts::sameText(e.value, p.c.value)) return 0;
+        wchar_t a[48], b[48];
+        const int c = compareTexts(a, Texts::write(e.value, nums_, a), b, Texts::write(p.c.value, nums_, b));
+        return c == kLT ? -1 : c == kGT ? 1 : 0;
+    }
+    void knowNumber(Pivot& p) const {
+        if (p.numberKnown) return;
+        p.number = isNumber(p.c.key) ? Texts::readBackNumber(p.c.key, p.c.value) : Texts::readBackText(p.c.value);
+        p.numberKnown = true;
+    }
+
+    void exchange(int64_t i, int64_t j) {
+        Contents t = cells_[i].c;
+        toText(t);
+        cells_[i].c = cells_[j].c;
+        cells_[j].c = t;
+    }
+
+    // One partition of lo..hi, as quickPasses makes it; returns where the pivot went.
+    template <bool Descending>
+    int64_t partition(int64_t lo, int64_t hi) {
+        Pivot p{at(hi), false, 0};
+        constexpr int passed = Descending ? 1 : -1;  // what the scan from below passes over
+        int64_t i = checkedLong(lo - 1), j = hi;
+        if (hi - lo > 2 * kBlock) exchangeInBlocks<Descending>(p, i, j);
+        do {
+            do ++i; while (order(at(i), p) == passed);
+            do --j; while (order(cells_[j].c, p) == -passed && j != lo);  // j stays within lo..hi
+            exchange(i, j);
+        } while (j > i);
+        Contents t = cells_[j].c;
+        toText(t);
+        cells_[j].c = cells_[i].c;
+        cells_[i].c = cells_[hi].c;
+        cells_[hi].c = t;
+        return i;
+    }
+
+    // The scans' first exchanges, made without a branch per comparison (a
+    // mispredicted branch costs more than the comparison): a block of cells
+    // at each end is classified at once, the elements where each scan would
+    // stop noted in order, and the k-th stop from below exchanged with the
+    // k-th from above, just as the scans pair them. Until the two meet the
+    // scans see cells no exchange has touched, so the pairs are the same.
+    // i and j are left at the last pair exchanged; the scans go on from there.
+    static constexpr int kBlock = 64;
+
+    template <bool Descending>
+    void exchangeInBlocks(Pivot& p, int64_t& i, int64_t& j) {
+        knowNumber(p);
+        toText(p.c);
+        const double pivotNumber = p.number;
+        const uint64_t key = p.c.key;
+        constexpr int passed = Descending ? 1 : -1;
+        // Where each scan stops, 1 or 0; false when a text agrees with the
+        // pivot's in the first sixteen characters (order() then decides).
+        auto classify = [&](int64_t k, bool fromBelow, unsigned& stop) {
+            const Contents& e = cells_[k].c;
+            const bool number = isNumber(e.key);
+            const double x = Texts::numberOf(e.value);
+            const bool less = number ? x < pivotNumber : e.key < key;
+            const bool more = number ? x > pivotNumber : e.key > key;
+            stop = fromBelow != Descending ? !less : !more;
+            return number | (e.key != key) | ((e.key & 0xF) == 0);
+        };
+        uint8_t below[kBlock], above[kBlock];  // offsets of the stops in each block
+        int inBelow = 0, inAbove = 0, firstBelow = 0, firstAbove = 0;
+        int64_t from = i + 1, to = j - 1;  // the next blocks start here
+        while (to - from + 1 >= 2 * kBlock) {
+            if (inBelow == 0) {
+                firstBelow = 0;
+                bool plain = true;
+                for (int k = 0; k < kBlock; ++k) {
+                    unsigned stop;
+                    plain &= classify(from + k, true, stop);
+                    below[inBelow] = static_cast<uint8_t>(k);
+                    inBelow += stop;
+                }
+                if (!plain) {
+                    inBelow = 0;
+                    for (int k = 0; k < kBlock; ++k)
+                        if (order(cells_[from + k].c, p) != passed) below[inBelow++] = static_cast<uint8_t>(k);
+                }
+            }
+            if (inAbove == 0) {
+                firstAbove = 0;
+                bool plain = true;
+                for (int k = 0; k < kBlock; ++k) {
+                    unsigned stop;
+                    plain &= classify(to - k, false, stop);
+                    above[inAbove] = static_cast<uint8_t>(k);
+                    inAbove += stop;
+                }
+                if (!plain) {
+                    inAbove = 0;
+                    for (int k = 0; k < kBlock; ++k)
+                        if (order(cells_[to - k].c, p) != -passed) above[inAbove++] = static_cast<uint8_t>(k);
+                }
+            }
+            const int pairs = inBelow < inAbove ? inBelow : inAbove;
+            for (int k = 0; k < pairs; ++k) exchange(from + below[firstBelow + k], to - above[firstAbove + k]);
+            if (pairs) {
+                i = from + below[firstBelow + pairs - 1];
+                j = to - above[firstAbove + pairs - 1];
+            }
+            inBelow -= pairs;
+            inAbove -= pairs;
+            firstBelow += pairs;
+            firstAbove += pairs;
+            if (inBelow == 0) from += kBlock;
+            if (inAbove == 0) to -= kBlock;
+        }
+    }
+
+    Cell* cells_;  // indexed by the array's own indexes
+    int64_t lb_, ub_;
+    const Numbers& nums_;
+    TextPacking packing_;
+};
+
+template <class Texts>
+bool quickSortCells(VARIANT* v, const Bounds& b, int64_t hi, Direction& direction, const Numbers& nums) {
+    NumberCells<Texts> cells(v, b.lb, b.count, nums);
+    if (!cells.take()) return false;
+    try {
+        cells.sort(b.lb, hi, direction);
+    } catch (...) {
+        cells.give();  // the array as the error left it
+        throw;
+    }
+    if (!cells.give()) raise(kOutOfMemory);
+    return true;
+}
+
+// False, changing nothing, when the array is not of that kind.
+bool quickSortNumbers(SAFEARRAY* psa, VARTYPE vt, const Bounds& b, int64_t hi, Direction& direction,
+                      const Numbers& nums) {
+    if (vt != VT_VARIANT || b.count < 2 || hi <= b.lb) return false;
+    Locked lock(psa);
+    VARIANT* v = reinterpret_cast<VARIANT*>(lock.data());
+    switch (V_VT(v)) {
+    case VT_I4: return quickSortCells<LongTexts>(v, b, hi, direction, nums);
+    case VT_R8: return quickSortCells<DoubleTexts>(v, b, hi, direction, nums);
+    default: return false;
+    }
+}
+
 bool missing(const VARIANT* v) {
     if (!v) return true;
     VARIANT scratch;
@@ -1441,7 +1841,9 @@ bool quickSort(VARIANT* array, const VARIANT* numEls, const VARIANT* descending)
     const Bounds b = firstDimension(psa);
     const int64_t hi = missing(numEls) ? b.ub : lastIndex(*numEls);
     Direction direction(missing(descending) ? nullptr : descending);
-    withOps(psa, vt, b, numbers(), true, [&](const auto& ops) { quickPasses(ops, b.lb, hi, direction); });
+    const Numbers nums = numbers();
+    if (quickSortNumbers(psa, vt, b, hi, direction, nums)) return true;
+    withOps(psa, vt, b, nums, true, [&](const auto& ops) { quickPasses(ops, b.lb, hi, direction); });
     return true;
 }
 
