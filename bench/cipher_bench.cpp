@@ -59,10 +59,10 @@ int main(int argc, char** argv) {
     double megabytes = argc > 1 ? std::atof(argv[1]) : 10;
     if (megabytes <= 0) megabytes = 10;
     const size_t n = static_cast<size_t>(megabytes * 1048576);
-    std::printf("Text: %.0f MB (%zu characters), level 1, keys of 7 and 11 characters\n", megabytes, n);
-
     const std::wstring text = sampleText(n);
     const std::wstring keyA = L"Secret!", keyB = L"Other key";
+    std::printf("Text: %.0f MB (%zu characters), level 1, keys of %zu and %zu characters\n", megabytes, n,
+                keyA.size(), keyB.size());
     std::wstring secret, plain;
 
     // Through the class, as a client calls it: the text in a String, new keys each time.
