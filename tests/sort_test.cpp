@@ -468,6 +468,37 @@ TEST(Text, OurConversionsMatchTheRuntime) {
     EXPECT_EQ(kError94, guard([] { SysFreeString(toText(bare(VT_NULL))); }));
 }
 
+TEST(Text, NumberKeysOrderAsTheirTexts) {
+    // Sorted by key, neighbours' texts (their first sixteen characters) come
+    // in order, equal exactly where the keys are.
+    std::mt19937_64 rng(23);
+    std::vector<Variant> numbers = {L(0), L(7), L(-7), L(10), L(LONG_MIN), L(LONG_MAX), L(-1), D(0), D(100), D(1e14),
+                                    D(123.5), D(-0.5), D(0.000123456789012345), D(99999999999999.9), D(1.0 / 3)};
+    for (int k = 0; k < 3000; ++k) {
+        if (k % 3 == 0) {
+            numbers.push_back(L(static_cast<long>(rng())));
+        } else {
+            const double mantissa = 1 + static_cast<double>(rng() % 1000000000) / 1e9 * 9;
+            const double x = mantissa * std::pow(10.0, static_cast<int>(rng() % 19) - 4) * (rng() % 2 ? -1 : 1);
+            numbers.push_back(D(k % 3 == 1 ? x : std::round(x * 1000) / 1000));
+        }
+    }
+    std::vector<std::pair<uint64_t, std::wstring>> keyed;
+    for (const Variant& n : numbers) {
+        uint64_t key;
+        if (!detail::numberTextKey(n, &key)) continue;
+        keyed.emplace_back(key, textOf(n).substr(0, 16));
+    }
+    ASSERT_GT(keyed.size(), 2900u);
+    std::sort(keyed.begin(), keyed.end());
+    for (size_t k = 1; k < keyed.size(); ++k) {
+        const auto& a = keyed[k - 1];
+        const auto& b = keyed[k];
+        if (a.first == b.first) ASSERT_EQ(a.second, b.second);
+        else ASSERT_LT(a.second, b.second) << std::hex << a.first << " " << b.first;
+    }
+}
+
 // ------------------------------------------------------------------- at random
 
 TEST(Random, MixedVariantsAgreeWithThePlainModel) {

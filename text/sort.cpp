@@ -188,9 +188,11 @@ bool significantDigits(double x, uint64_t& q, int& e10) {
     return false;
 }
 
-// Writes the text of the number with digits q and exponent e (as
-// significantDigits gives them); returns its length.
-UINT formatDigits(uint64_t q, int e, bool negative, wchar_t sep, wchar_t* out) {
+// Spells the text of the number with digits q and exponent e (as
+// significantDigits gives them), a character at a time: '-', '.' for the
+// decimal separator, and the digits.
+template <class Put>
+void spellDigits(uint64_t q, int e, bool negative, Put&& put) {
     char d[15];  // q's 15 digits, two at a time from two 32-bit halves
     uint32_t high = static_cast<uint32_t>(q / 100000000), low = static_cast<uint32_t>(q % 100000000);
     for (int k = 14; k > 6; k -= 2, low /= 100) {
@@ -205,17 +207,22 @@ UINT formatDigits(uint64_t q, int e, bool negative, wchar_t sep, wchar_t* out) {
     const int whole = e >= 0 ? e + 1 : 0;  // digits before the separator
     int last = 14;
     while (last >= whole && d[last] == '0') --last;
-    wchar_t* p = out;
-    if (negative) *p++ = L'-';
+    if (negative) put('-');
     if (e >= 0)
-        for (int k = 0; k <= e; ++k) *p++ = static_cast<wchar_t>(d[k]);
+        for (int k = 0; k <= e; ++k) put(d[k]);
     else
-        *p++ = L'0';
+        put('0');
     if (last >= whole) {
-        *p++ = sep;
-        for (int z = e + 1; z < 0; ++z) *p++ = L'0';
-        for (int k = whole; k <= last; ++k) *p++ = static_cast<wchar_t>(d[k]);
+        put('.');
+        for (int z = e + 1; z < 0; ++z) put('0');
+        for (int k = whole; k <= last; ++k) put(d[k]);
     }
+}
+
+// Writes that text; returns its length.
+UINT formatDigits(uint64_t q, int e, bool negative, wchar_t sep, wchar_t* out) {
+    wchar_t* p = out;
+    spellDigits(q, e, negative, [&](char c) { *p++ = c == '.' ? sep : static_cast<wchar_t>(c); });
     return static_cast<UINT>(p - out);
 }
 
@@ -1345,17 +1352,59 @@ public:
         else if (separator < L'0') rankMinus_ = 1, rankSep_ = 2, rankZero_ = 3;
         else rankMinus_ = 1, rankZero_ = 2, rankSep_ = 12;
     }
-    uint64_t pack(const wchar_t* s, UINT n) const {
-        uint64_t k = 0;
-        const UINT m = n < 16 ? n : 16;
-        for (UINT i = 0; i < m; ++i) {
-            const unsigned digit = static_cast<unsigned>(s[i]) - L'0';
-            k = (k << 4) | (digit < 10 ? rankZero_ + digit : s[i] == sep_ ? rankSep_ : rankMinus_);
+    // The key of a Long's text.
+    uint64_t pack(LONG v) const {
+        const uint32_t u = v < 0 ? 0u - static_cast<uint32_t>(v) : static_cast<uint32_t>(v);
+        const uint64_t digits = (bcd8(u / 100000000) << 32) | bcd8(u % 100000000);
+        int n = 16;  // digits, leading zeros not counted
+        while (n > 1 && !(digits >> (4 * (n - 1)))) --n;
+        uint64_t k = (digits + rankZero_ * (kOnes >> (4 * (16 - n)))) << (4 * (16 - n));
+        if (v < 0) k = (static_cast<uint64_t>(rankMinus_) << 60) | (k >> 4);
+        return k;
+    }
+
+    // The key of the text formatDigits writes, made from the digits' BCD
+    // rather than the characters: this runs for nearly every element.
+    uint64_t pack(uint64_t q, int e, bool negative) const {
+        if (q == 0) return static_cast<uint64_t>(rankZero_) << 60;  // "0"
+        const uint64_t bcd = (bcd8(static_cast<uint32_t>(q / 100000000)) << 32) | bcd8(static_cast<uint32_t>(q % 100000000));
+        int zeros = 0;  // trailing zero digits
+        while (!((bcd >> (4 * zeros)) & 0xF)) ++zeros;
+        // The 15 digits as ranks, the first in the top nibble.
+        uint64_t k = (bcd + rankZero_ * (kOnes >> 4)) << 4;
+        const int whole = e >= 0 ? e + 1 : 0;     // digits before the separator
+        const bool fraction = 14 - zeros >= whole;  // a nonzero digit after it
+        const int kept = fraction ? 15 - zeros : whole;
+        k &= ~0ULL << (64 - 4 * kept);
+        if (e >= 0) {
+            if (fraction) {  // the separator after the whole digits
+                const uint64_t high = k & (~0ULL << (64 - 4 * whole));
+                k = high | (static_cast<uint64_t>(rankSep_) << (60 - 4 * whole)) | ((k & ~high) >> 4);
+            }
+        } else {  // "0", the separator, -e - 1 zeros, then the digits
+            for (int z = e + 1; z < 0; ++z) k = (static_cast<uint64_t>(rankZero_) << 60) | (k >> 4);
+            k = (static_cast<uint64_t>(rankZero_) << 60) | (static_cast<uint64_t>(rankSep_) << 56) | (k >> 8);
         }
-        return m < 16 ? k << (4 * (16 - m)) : k;
+        if (negative) k = (static_cast<uint64_t>(rankMinus_) << 60) | (k >> 4);
+        return k;
     }
 
 private:
+    static constexpr uint64_t kOnes = 0x1111111111111111ULL;
+
+    // v < 10^8 as eight BCD digits, the first in the top nibble: the digits
+    // split in lanes of four, two, then one, all lanes at once.
+    static uint64_t bcd8(uint32_t v) {
+        uint64_t x = (static_cast<uint64_t>(v / 10000) << 32) | (v % 10000);
+        const uint64_t hundreds = ((x * 5243) >> 19) & 0x0000007F0000007FULL;  // y / 100 for y < 43699
+        x = (hundreds << 16) | (x - hundreds * 100);
+        const uint64_t tens = ((x * 103) >> 10) & 0x000F000F000F000FULL;  // y / 10 for y < 179
+        x = (tens << 8) | (x - tens * 10);
+        x = (x | (x >> 4)) & 0x00FF00FF00FF00FFULL;
+        x = (x | (x >> 8)) & 0x0000FFFF0000FFFFULL;
+        return (x | (x >> 16)) & 0xFFFFFFFFULL;
+    }
+
     wchar_t sep_;
     unsigned rankMinus_, rankSep_, rankZero_;
 };
@@ -1382,10 +1431,7 @@ struct LongTexts {
     }
     static double numberOf(Value x) { return x; }
     // A number's cell turned to text: returns its key (a Long's value stays).
-    static uint64_t toText(uint64_t, Value& x, const Numbers&, const TextPacking& packing) {
-        wchar_t buf[16];
-        return packing.pack(buf, formatLong(x, buf));
-    }
+    static uint64_t toText(uint64_t, Value& x, const Numbers&, const TextPacking& packing) { return packing.pack(x); }
     // The text of a text cell.
     static UINT write(Value x, const Numbers&, wchar_t* out) { return formatLong(x, out); }
     static double readBackNumber(uint64_t, Value x) { return x; }
@@ -1418,10 +1464,9 @@ struct DoubleTexts {
         V_R8(&v) = x.x;
     }
     static double numberOf(Value x) { return x.x; }
-    static uint64_t toText(uint64_t key, Value& x, const Numbers& nums, const TextPacking& packing) {
+    static uint64_t toText(uint64_t key, Value& x, const Numbers&, const TextPacking& packing) {
         x.digits = key & ~kNumber;
-        wchar_t buf[48];
-        return packing.pack(buf, write(x, nums, buf));
+        return packing.pack(q(x), e(x), negative(x));
     }
     static uint64_t q(Value x) { return x.digits & ((1ULL << 50) - 1); }
     static int e(Value x) { return static_cast<int>((x.digits >> 50) & 31) - 4; }
@@ -1591,7 +1636,7 @@ private:
         Pivot p{at(hi), false, 0};
         constexpr int passed = Descending ? 1 : -1;  // what the scan from below passes over
         int64_t i = checkedLong(lo - 1), j = hi;
-        if (hi - lo > 2 * kBlock) exchangeInBlocks<Descending>(p, i, j);
+        if (hi - lo > kFewCells) exchangeInBlocks<Descending>(p, i, j);
         do {
             do ++i; while (order(at(i), p) == passed);
             do --j; while (order(cells_[j].c, p) == -passed && j != lo);  // j stays within lo..hi
@@ -1605,14 +1650,16 @@ private:
         return i;
     }
 
-    // The scans' first exchanges, made without a branch per comparison (a
-    // mispredicted branch costs more than the comparison): a block of cells
-    // at each end is classified at once, the elements where each scan would
-    // stop noted in order, and the k-th stop from below exchanged with the
-    // k-th from above, just as the scans pair them. Until the two meet the
-    // scans see cells no exchange has touched, so the pairs are the same.
-    // i and j are left at the last pair exchanged; the scans go on from there.
+    // The scans' exchanges up to where they meet, made without a branch per
+    // comparison (a mispredicted branch costs more than the comparison): a
+    // block of untouched cells at each end is classified at once, the cells
+    // where each scan would stop noted in order, and the k-th stop from below
+    // exchanged with the k-th from above, just as the scans pair them. Until
+    // the scans meet they see only cells no exchange has touched, so the
+    // pairs are the same. i and j are left at the last pair exchanged; the
+    // scans go on from there, across the meeting point, one cell at a time.
     static constexpr int kBlock = 64;
+    static constexpr int kFewCells = 16;  // partitions this small are scanned a cell at a time
 
     template <bool Descending>
     void exchangeInBlocks(Pivot& p, int64_t& i, int64_t& j) {
@@ -1621,8 +1668,8 @@ private:
         const double pivotNumber = p.number;
         const uint64_t key = p.c.key;
         constexpr int passed = Descending ? 1 : -1;
-        // Where each scan stops, 1 or 0; false when a text agrees with the
-        // pivot's in the first sixteen characters (order() then decides).
+        // Whether each scan stops at cell k, 1 or 0; false when a text agrees
+        // with the pivot's in the first sixteen characters (order() decides).
         auto classify = [&](int64_t k, bool fromBelow, unsigned& stop) {
             const Contents& e = cells_[k].c;
             const bool number = isNumber(e.key);
@@ -1632,52 +1679,58 @@ private:
             stop = fromBelow != Descending ? !less : !more;
             return number | (e.key != key) | ((e.key & 0xF) == 0);
         };
-        uint8_t below[kBlock], above[kBlock];  // offsets of the stops in each block
+        // Notes the stops among `size` cells from `start`, one way, in scan order.
+        auto note = [&](int64_t start, int64_t size, int step, bool fromBelow, uint8_t* at) {
+            int found = 0;
+            bool plain = true;
+            for (int k = 0; k < size; ++k) {
+                unsigned stop;
+                plain &= classify(start + step * k, fromBelow, stop);
+                at[found] = static_cast<uint8_t>(k);
+                found += stop;
+            }
+            if (plain) return found;
+            found = 0;
+            const int goesOn = fromBelow ? passed : -passed;
+            for (int k = 0; k < size; ++k)
+                if (order(cells_[start + step * k].c, p) != goesOn) at[found++] = static_cast<uint8_t>(k);
+            return found;
+        };
+        uint8_t below[kBlock], above[kBlock];  // offsets of the stops from each block's start
         int inBelow = 0, inAbove = 0, firstBelow = 0, firstAbove = 0;
-        int64_t from = i + 1, to = j - 1;  // the next blocks start here
-        while (to - from + 1 >= 2 * kBlock) {
+        int64_t belowStart = 0, aboveStart = 0;
+        int64_t from = i + 1, to = j - 1;  // the cells not yet classified
+        for (;;) {
             if (inBelow == 0) {
+                const int64_t left = to - from + 1;
+                if (left <= 0) break;
+                // Both ends empty: each takes at most half of what is left.
+                const int64_t size = std::min<int64_t>(kBlock, inAbove ? left : (left + 1) / 2);
+                belowStart = from;
                 firstBelow = 0;
-                bool plain = true;
-                for (int k = 0; k < kBlock; ++k) {
-                    unsigned stop;
-                    plain &= classify(from + k, true, stop);
-                    below[inBelow] = static_cast<uint8_t>(k);
-                    inBelow += stop;
-                }
-                if (!plain) {
-                    inBelow = 0;
-                    for (int k = 0; k < kBlock; ++k)
-                        if (order(cells_[from + k].c, p) != passed) below[inBelow++] = static_cast<uint8_t>(k);
-                }
+                inBelow = note(from, size, 1, true, below);
+                from += size;
             }
             if (inAbove == 0) {
+                const int64_t left = to - from + 1;
+                if (left <= 0) break;
+                const int64_t size = std::min<int64_t>(kBlock, left);
+                aboveStart = to;
                 firstAbove = 0;
-                bool plain = true;
-                for (int k = 0; k < kBlock; ++k) {
-                    unsigned stop;
-                    plain &= classify(to - k, false, stop);
-                    above[inAbove] = static_cast<uint8_t>(k);
-                    inAbove += stop;
-                }
-                if (!plain) {
-                    inAbove = 0;
-                    for (int k = 0; k < kBlock; ++k)
-                        if (order(cells_[to - k].c, p) != -passed) above[inAbove++] = static_cast<uint8_t>(k);
-                }
+                inAbove = note(to, size, -1, false, above);
+                to -= size;
             }
             const int pairs = inBelow < inAbove ? inBelow : inAbove;
-            for (int k = 0; k < pairs; ++k) exchange(from + below[firstBelow + k], to - above[firstAbove + k]);
+            for (int k = 0; k < pairs; ++k)
+                exchange(belowStart + below[firstBelow + k], aboveStart - above[firstAbove + k]);
             if (pairs) {
-                i = from + below[firstBelow + pairs - 1];
-                j = to - above[firstAbove + pairs - 1];
+                i = belowStart + below[firstBelow + pairs - 1];
+                j = aboveStart - above[firstAbove + pairs - 1];
             }
             inBelow -= pairs;
             inAbove -= pairs;
             firstBelow += pairs;
             firstAbove += pairs;
-            if (inBelow == 0) from += kBlock;
-            if (inAbove == 0) to -= kBlock;
         }
     }
 
@@ -1742,6 +1795,18 @@ int64_t lastIndex(const VARIANT& arg) {
 // ------------------------------------------------------------------ compare
 
 namespace detail {
+
+bool numberTextKey(const VARIANT& number, uint64_t* key) {
+    const Numbers nums = numbers();
+    const TextPacking packing(nums.sep);
+    uint64_t mark;
+    LongTexts::Value l;
+    DoubleTexts::Value d;
+    if (LongTexts::take(number, nums, mark, l)) *key = LongTexts::toText(mark, l, nums, packing);
+    else if (DoubleTexts::take(number, nums, mark, d)) *key = DoubleTexts::toText(mark, d, nums, packing);
+    else return false;
+    return true;
+}
 
 int compareOther(const VARIANT& left, const VARIANT& right) {
     VARIANT sa, sb;

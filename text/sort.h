@@ -3,6 +3,8 @@
 
 #include "../frame/library_frame.h"
 
+#include <cstdint>
+
 namespace tova {
 namespace sorting {
 
@@ -40,6 +42,10 @@ inline int compareTexts(BSTR a, BSTR b) { return compareTexts(a, textLength(a), 
 
 namespace detail {
 int compareOther(const VARIANT& a, const VARIANT& b);
+// The key the quicksort compares the text of a Long or Double by, when that
+// text is one the library writes itself (false otherwise): keys order as the
+// texts' first sixteen characters do.
+bool numberTextKey(const VARIANT& number, uint64_t* key);
 }
 
 // Same-typed Longs, Doubles and Strings, the common case, compare here.
