@@ -188,34 +188,43 @@ bool significantDigits(double x, uint64_t& q, int& e10) {
     return false;
 }
 
+// v < 10^8 as eight BCD digits, the first in bits 28-31: the digits
+// split in lanes of four, two, then one, all lanes at once.
+uint64_t bcd8(uint32_t v) {
+    uint64_t x = (static_cast<uint64_t>(v / 10000) << 32) | (v % 10000);
+    const uint64_t hundreds = ((x * 5243) >> 19) & 0x0000007F0000007FULL;  // y / 100 for y < 43699
+    x = (hundreds << 16) | (x - hundreds * 100);
+    const uint64_t tens = ((x * 103) >> 10) & 0x000F000F000F000FULL;  // y / 10 for y < 179
+    x = (tens << 8) | (x - tens * 10);
+    x = (x | (x >> 4)) & 0x00FF00FF00FF00FFULL;
+    x = (x | (x >> 8)) & 0x0000FFFF0000FFFFULL;
+    return (x | (x >> 16)) & 0xFFFFFFFFULL;
+}
+
+// q < 10^15 as fifteen BCD digits, the first in bits 56-59.
+uint64_t bcd15(uint64_t q) {
+    return (bcd8(static_cast<uint32_t>(q / 100000000)) << 32) | bcd8(static_cast<uint32_t>(q % 100000000));
+}
+
 // Spells the text of the number with digits q and exponent e (as
 // significantDigits gives them), a character at a time: '-', '.' for the
 // decimal separator, and the digits.
 template <class Put>
 void spellDigits(uint64_t q, int e, bool negative, Put&& put) {
-    char d[15];  // q's 15 digits, two at a time from two 32-bit halves
-    uint32_t high = static_cast<uint32_t>(q / 100000000), low = static_cast<uint32_t>(q % 100000000);
-    for (int k = 14; k > 6; k -= 2, low /= 100) {
-        d[k] = kDigitPairs[(low % 100) * 2 + 1];
-        d[k - 1] = kDigitPairs[(low % 100) * 2];
-    }
-    for (int k = 6; k > 0; k -= 2, high /= 100) {
-        d[k] = kDigitPairs[(high % 100) * 2 + 1];
-        d[k - 1] = kDigitPairs[(high % 100) * 2];
-    }
-    d[0] = static_cast<char>('0' + high);
+    const uint64_t bcd = bcd15(q);
+    auto digit = [bcd](int k) { return static_cast<char>('0' + ((bcd >> (4 * (14 - k))) & 0xF)); };
     const int whole = e >= 0 ? e + 1 : 0;  // digits before the separator
     int last = 14;
-    while (last >= whole && d[last] == '0') --last;
+    while (last >= whole && !((bcd >> (4 * (14 - last))) & 0xF)) --last;
     if (negative) put('-');
     if (e >= 0)
-        for (int k = 0; k <= e; ++k) put(d[k]);
+        for (int k = 0; k <= e; ++k) put(digit(k));
     else
         put('0');
     if (last >= whole) {
         put('.');
         for (int z = e + 1; z < 0; ++z) put('0');
-        for (int k = whole; k <= last; ++k) put(d[k]);
+        for (int k = whole; k <= last; ++k) put(digit(k));
     }
 }
 
@@ -1367,7 +1376,7 @@ public:
     // rather than the characters: this runs for nearly every element.
     uint64_t pack(uint64_t q, int e, bool negative) const {
         if (q == 0) return static_cast<uint64_t>(rankZero_) << 60;  // "0"
-        const uint64_t bcd = (bcd8(static_cast<uint32_t>(q / 100000000)) << 32) | bcd8(static_cast<uint32_t>(q % 100000000));
+        const uint64_t bcd = bcd15(q);
         int zeros = 0;  // trailing zero digits
         while (!((bcd >> (4 * zeros)) & 0xF)) ++zeros;
         // The 15 digits as ranks, the first in the top nibble.
@@ -1391,19 +1400,6 @@ public:
 
 private:
     static constexpr uint64_t kOnes = 0x1111111111111111ULL;
-
-    // v < 10^8 as eight BCD digits, the first in the top nibble: the digits
-    // split in lanes of four, two, then one, all lanes at once.
-    static uint64_t bcd8(uint32_t v) {
-        uint64_t x = (static_cast<uint64_t>(v / 10000) << 32) | (v % 10000);
-        const uint64_t hundreds = ((x * 5243) >> 19) & 0x0000007F0000007FULL;  // y / 100 for y < 43699
-        x = (hundreds << 16) | (x - hundreds * 100);
-        const uint64_t tens = ((x * 103) >> 10) & 0x000F000F000F000FULL;  // y / 10 for y < 179
-        x = (tens << 8) | (x - tens * 10);
-        x = (x | (x >> 4)) & 0x00FF00FF00FF00FFULL;
-        x = (x | (x >> 8)) & 0x0000FFFF0000FFFFULL;
-        return (x | (x >> 16)) & 0xFFFFFFFFULL;
-    }
 
     wchar_t sep_;
     unsigned rankMinus_, rankSep_, rankZero_;
