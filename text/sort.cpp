@@ -1426,6 +1426,7 @@ struct LongTexts {
         V_I4(&v) = x;
     }
     static double numberOf(Value x) { return x; }
+    static double numberOr0(Value x, bool number) { return number ? x : 0; }
     // A number's cell turned to text: returns its key (a Long's value stays).
     static uint64_t toText(uint64_t, Value& x, const Numbers&, const TextPacking& packing) { return packing.pack(x); }
     // The text of a text cell.
@@ -1460,6 +1461,13 @@ struct DoubleTexts {
         V_R8(&v) = x.x;
     }
     static double numberOf(Value x) { return x.x; }
+    // Without a branch, and without reading a text cell's digits as a Double
+    // (a denormal, slow where the x87 loads it).
+    static double numberOr0(Value x, bool number) {
+        Value v;
+        v.digits = number ? x.digits : 0;
+        return v.x;
+    }
     static uint64_t toText(uint64_t key, Value& x, const Numbers&, const TextPacking& packing) {
         x.digits = key & ~kNumber;
         return packing.pack(q(x), e(x), negative(x));
@@ -1669,7 +1677,7 @@ private:
         auto classify = [&](int64_t k, bool fromBelow, unsigned& stop) {
             const Contents& e = cells_[k].c;
             const bool number = isNumber(e.key);
-            const double x = Texts::numberOf(e.value);
+            const double x = Texts::numberOr0(e.value, number);
             const bool less = number ? x < pivotNumber : e.key < key;
             const bool more = number ? x > pivotNumber : e.key > key;
             stop = fromBelow != Descending ? !less : !more;
