@@ -369,6 +369,12 @@ TEST(QuickSort, NumElsIsTheLastIndexSorted) {
     EXPECT_EQ((Spelled{L"1", L"2", L"'3'"}), contents(w));
     EXPECT_EQ(kError94, guard([&] { quick(w, &null); }));
     EXPECT_EQ(kError9, guard([&] { quick(w, &beyond); }));
+    // The pivot is read before Descending is converted (all Longs, all Strings).
+    const Variant notABoolean = S(L"neither");
+    for (Variant numbers : {array({L(3), L(2), L(1)}), array({S(L"c"), S(L"b"), S(L"a")})}) {
+        EXPECT_EQ(kError9, guard([&] { quick(numbers, &beyond, &notABoolean); }));
+        EXPECT_EQ(kError13, guard([&] { quick(numbers, nullptr, &notABoolean); }));
+    }
     EXPECT_TRUE(quick(w, &negative));
     // Descending as text, numEls missing.
     Variant d = array({L(1), L(2)});

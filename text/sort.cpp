@@ -1212,34 +1212,18 @@ private:
     bool value_ = false;
 };
 
-template <class Ops>
-void quickPasses(const Ops& ops, int64_t lo, int64_t hi, Direction& direction) {
-    // Pending ranges: entry 0 holds the whole range, pushes go to 1..32.
+// The quicksort's ranges: `partition(lo, hi)` partitions one and returns
+// where its pivot went; the larger side waits on a stack of 33 entries (entry
+// 0 holds the whole range, pushes go to 1..32) while the smaller goes first.
+template <class Partition>
+void quickRanges(int64_t lo, int64_t hi, Partition&& partition) {
     int64_t pendingLo[33], pendingHi[33];
     int sp = 0;
     pendingLo[0] = lo;
     pendingHi[0] = hi;
     for (;;) {
         if (hi > lo) {
-            typename Ops::Pivot pivot(ops.nums);
-            ops.pivotOf(hi, pivot);
-            const bool descending = direction.descending();
-            int64_t i = checkedLong(lo - 1), j = hi;
-            // Both sides of "j = lo Or ..." are evaluated: no short circuit.
-            if (!descending) {
-                do {
-                    do ++i; while (!atLeast(ops.againstPivot(i, pivot)));
-                    do --j; while (!(atMost(ops.againstPivot(j, pivot)) | (j == lo)));
-                    ops.exchange(i, j);
-                } while (j > i);
-            } else {
-                do {
-                    do ++i; while (!atMost(ops.againstPivot(i, pivot)));
-                    do --j; while (!(atLeast(ops.againstPivot(j, pivot)) | (j == lo)));
-                    ops.exchange(i, j);
-                } while (j > i);
-            }
-            ops.place(i, j, hi);
+            const int64_t i = partition(lo, hi);
             if (++sp > 32) raise(kSubscriptOutOfRange);
             if (i - lo > hi - i) {
                 pendingLo[sp] = lo;
@@ -1257,6 +1241,32 @@ void quickPasses(const Ops& ops, int64_t lo, int64_t hi, Direction& direction) {
             --sp;
         }
     }
+}
+
+template <class Ops>
+void quickPasses(const Ops& ops, int64_t lo, int64_t hi, Direction& direction) {
+    quickRanges(lo, hi, [&](int64_t lo, int64_t hi) {
+        typename Ops::Pivot pivot(ops.nums);
+        ops.pivotOf(hi, pivot);
+        const bool descending = direction.descending();
+        int64_t i = checkedLong(lo - 1), j = hi;
+        // Both sides of "j = lo Or ..." are evaluated: no short circuit.
+        if (!descending) {
+            do {
+                do ++i; while (!atLeast(ops.againstPivot(i, pivot)));
+                do --j; while (!(atMost(ops.againstPivot(j, pivot)) | (j == lo)));
+                ops.exchange(i, j);
+            } while (j > i);
+        } else {
+            do {
+                do ++i; while (!atMost(ops.againstPivot(i, pivot)));
+                do --j; while (!(atLeast(ops.againstPivot(j, pivot)) | (j == lo)));
+                ops.exchange(i, j);
+            } while (j > i);
+        }
+        ops.place(i, j, hi);
+        return i;
+    });
 }
 
 // --------------------------------------------------------------- the arrays
@@ -1551,30 +1561,10 @@ public:
 
     // quickPasses over the cells.
     void sort(int64_t lo, int64_t hi, Direction& direction) {
-        int64_t pendingLo[33], pendingHi[33];
-        int sp = 0;
-        pendingLo[0] = lo;
-        pendingHi[0] = hi;
-        for (;;) {
-            if (hi > lo) {
-                const int64_t i = direction.descending() ? partition<true>(lo, hi) : partition<false>(lo, hi);
-                if (++sp > 32) raise(kSubscriptOutOfRange);
-                if (i - lo > hi - i) {
-                    pendingLo[sp] = lo;
-                    pendingHi[sp] = checkedLong(i - 1);
-                    lo = checkedLong(i + 1);
-                } else {
-                    pendingLo[sp] = checkedLong(i + 1);
-                    pendingHi[sp] = hi;
-                    hi = checkedLong(i - 1);
-                }
-            } else {
-                if (sp == 0) return;
-                lo = pendingLo[sp];
-                hi = pendingHi[sp];
-                --sp;
-            }
-        }
+        quickRanges(lo, hi, [&](int64_t lo, int64_t hi) {
+            at(hi);  // the pivot is read before Descending is first converted
+            return direction.descending() ? partition<true>(lo, hi) : partition<false>(lo, hi);
+        });
     }
 
 private:
