@@ -1366,7 +1366,7 @@ void withOps(SAFEARRAY* psa, VARTYPE vt, const Bounds& b, const Numbers& nums, b
 // Long's text, most of a Double's.
 class TextPacking {
 public:
-    explicit TextPacking(wchar_t separator) : sep_(separator) {
+    explicit TextPacking(wchar_t separator) {
         if (separator < L'-') rankSep_ = 1, rankMinus_ = 2, rankZero_ = 3;
         else if (separator < L'0') rankMinus_ = 1, rankSep_ = 2, rankZero_ = 3;
         else rankMinus_ = 1, rankZero_ = 2, rankSep_ = 12;
@@ -1411,7 +1411,6 @@ public:
 private:
     static constexpr uint64_t kOnes = 0x1111111111111111ULL;
 
-    wchar_t sep_;
     unsigned rankMinus_, rankSep_, rankZero_;
 };
 
@@ -1438,7 +1437,7 @@ struct LongTexts {
     static double numberOf(Value x) { return x; }
     static double numberOr0(Value x, bool number) { return number ? x : 0; }
     // A number's cell turned to text: returns its key (a Long's value stays).
-    static uint64_t toText(uint64_t, Value& x, const Numbers&, const TextPacking& packing) { return packing.pack(x); }
+    static uint64_t toText(uint64_t, Value& x, const TextPacking& packing) { return packing.pack(x); }
     // The text of a text cell.
     static UINT write(Value x, const Numbers&, wchar_t* out) { return formatLong(x, out); }
     static double readBackNumber(uint64_t, Value x) { return x; }
@@ -1478,7 +1477,7 @@ struct DoubleTexts {
         v.digits = number ? x.digits : 0;
         return v.x;
     }
-    static uint64_t toText(uint64_t key, Value& x, const Numbers&, const TextPacking& packing) {
+    static uint64_t toText(uint64_t key, Value& x, const TextPacking& packing) {
         x.digits = key & ~kNumber;
         return packing.pack(q(x), e(x), negative(x));
     }
@@ -1581,7 +1580,7 @@ private:
         return cells_[index].c;
     }
     void toText(Contents& c) const {
-        if (isNumber(c.key)) c.key = Texts::toText(c.key, c.value, nums_, packing_);
+        if (isNumber(c.key)) c.key = Texts::toText(c.key, c.value, packing_);
     }
 
     // An element against the pivot: -1, 0 or 1.
@@ -1627,7 +1626,7 @@ private:
     // One partition of lo..hi, as quickPasses makes it; returns where the pivot went.
     template <bool Descending>
     int64_t partition(int64_t lo, int64_t hi) {
-        Pivot p{at(hi), false, 0};
+        Pivot p{cells_[hi].c, false, 0};  // hi checked by sort()
         constexpr int passed = Descending ? 1 : -1;  // what the scan from below passes over
         int64_t i = checkedLong(lo - 1), j = hi;
         if (hi - lo > kFewCells) exchangeInBlocks<Descending>(p, i, j);
@@ -1796,8 +1795,8 @@ bool numberTextKey(const VARIANT& number, uint64_t* key) {
     uint64_t mark;
     LongTexts::Value l;
     DoubleTexts::Value d;
-    if (LongTexts::take(number, nums, mark, l)) *key = LongTexts::toText(mark, l, nums, packing);
-    else if (DoubleTexts::take(number, nums, mark, d)) *key = DoubleTexts::toText(mark, d, nums, packing);
+    if (LongTexts::take(number, nums, mark, l)) *key = LongTexts::toText(mark, l, packing);
+    else if (DoubleTexts::take(number, nums, mark, d)) *key = DoubleTexts::toText(mark, d, packing);
     else return false;
     return true;
 }
