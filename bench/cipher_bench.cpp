@@ -23,19 +23,6 @@
 
 namespace {
 
-// Best time of `runs` calls of f.
-template <class F>
-double best(F&& f, int runs = 5) {
-    double fastest = 1e300;
-    for (int r = 0; r < runs; ++r) {
-        double start = benchSeconds();
-        f();
-        double t = benchSeconds() - start;
-        if (t < fastest) fastest = t;
-    }
-    return fastest;
-}
-
 // Text over the whole code page: mostly letters and spaces, every code now and then.
 std::wstring sampleText(size_t n) {
     wchar_t chr[256];
@@ -80,9 +67,9 @@ int main(int argc, char** argv) {
         SysFreeString(*output);
         *output = result;
     };
-    double tEncrypt = best([&] { member(true, textString, &secretString); });
+    double tEncrypt = bestSeconds(5, [&] { member(true, textString, &secretString); });
     BSTR plainString = nullptr;
-    double tDecrypt = best([&] { member(false, secretString, &plainString); });
+    double tDecrypt = bestSeconds(5, [&] { member(false, secretString, &plainString); });
     secret.assign(secretString, SysStringLen(secretString));
     bool same = std::wstring(plainString, SysStringLen(plainString)) == text;
     {
@@ -96,15 +83,15 @@ int main(int argc, char** argv) {
     // The work alone: into a buffer kept from the previous call, keys read, not doubled.
     std::wstring buffer(n, L'\0');
     const tova::cipher::Key ka{keyA.data(), keyA.size()}, kb{keyB.data(), keyB.size()};
-    double tEncryptReused = best([&] { tova::cipher::encrypt(text.data(), n, ka, kb, 1, &buffer[0]); });
-    double tDecryptReused = best([&] { tova::cipher::decrypt(secret.data(), n, ka, kb, 1, &buffer[0]); });
-    double tTouch = best([&] {
+    double tEncryptReused = bestSeconds(5, [&] { tova::cipher::encrypt(text.data(), n, ka, kb, 1, &buffer[0]); });
+    double tDecryptReused = bestSeconds(5, [&] { tova::cipher::decrypt(secret.data(), n, ka, kb, 1, &buffer[0]); });
+    double tTouch = bestSeconds(5, [&] {
         std::wstring fresh(n, L'\0');
         if (fresh[n / 2] != 0) std::printf("?");
     });
     std::wstring hex;
-    double tHexise = best([&] { hex = tova::cipher::hexise(text); }, 3);
-    double tDeHexise = best([&] { plain = tova::cipher::dehexise(hex); }, 3);
+    double tHexise = bestSeconds(3, [&] { hex = tova::cipher::hexise(text); });
+    double tDeHexise = bestSeconds(3, [&] { plain = tova::cipher::dehexise(hex); });
     same = same && plain == text && buffer == text;
 
     std::printf("Hexise: %.0f MB/s\n", megabytes / tHexise);

@@ -15,7 +15,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <vector>
 
 using namespace tova;
@@ -23,17 +22,6 @@ using namespace tova;
 namespace {
 
 constexpr int kRuns = 5;
-
-double best(const std::function<void()>& f) {
-    double t = 1e30;
-    for (int i = 0; i < kRuns; ++i) {
-        double t0 = benchSeconds();
-        f();
-        double dt = benchSeconds() - t0;
-        if (dt < t) t = dt;
-    }
-    return t;
-}
 
 void row(const char* what, double bytes, double seconds, double memcpySeconds) {
     printf("  %-44s %8.1f ms  %6.2f GB/s  %5.0f%% of memcpy\n", what, seconds * 1e3, bytes / seconds / 1e9,
@@ -53,10 +41,10 @@ int main(int argc, char** argv) {
     pixels::randomise(a.data(), n * 4, n, n, 4, false, 1);
     for (size_t i = 3; i < a.size(); i += 4) a[i] = static_cast<uint8_t>(i * 7);
     std::memcpy(b.data(), a.data(), a.size());
-    double copy32 = best([&] { std::memcpy(b.data(), a.data(), a.size()); });
+    double copy32 = bestSeconds(kRuns, [&] { std::memcpy(b.data(), a.data(), a.size()); });
     printf("32-bit picture, %.0f MB\n", a.size() / 1e6);
     row("memcpy", static_cast<double>(a.size()), copy32, copy32);
-    double pre = best([&] { pixels::premultiplyAlpha(b.data(), n * 4, n, n); });
+    double pre = bestSeconds(kRuns, [&] { pixels::premultiplyAlpha(b.data(), n * 4, n, n); });
     row("PreMultiplyAlpha (pixel routine)", static_cast<double>(a.size()), pre, copy32);
 
     // The member itself, on the class's own DIB section memory.
@@ -66,9 +54,9 @@ int main(int argc, char** argv) {
         dib->Create(n, n, &ok);
         if (ok) {
             dib->RandomiseBits(VARIANT_FALSE);
-            double member = best([&] { dib->PreMultiplyAlpha(); });
+            double member = bestSeconds(kRuns, [&] { dib->PreMultiplyAlpha(); });
             row("AlphaDIBSection.PreMultiplyAlpha", static_cast<double>(a.size()), member, copy32);
-            double random = best([&] { dib->RandomiseBits(VARIANT_FALSE); });
+            double random = bestSeconds(kRuns, [&] { dib->RandomiseBits(VARIANT_FALSE); });
             row("AlphaDIBSection.RandomiseBits", static_cast<double>(a.size()), random, copy32);
         }
     }
@@ -80,19 +68,19 @@ int main(int argc, char** argv) {
     std::vector<uint8_t> c(static_cast<size_t>(line) * n), d(c.size());
     pixels::randomise(c.data(), line, n, n, 3, false, 2);
     std::memcpy(d.data(), c.data(), c.size());
-    double copy24 = best([&] { std::memcpy(d.data(), c.data(), c.size()); });
+    double copy24 = bestSeconds(kRuns, [&] { std::memcpy(d.data(), c.data(), c.size()); });
     printf("24-bit picture, %.0f MB\n", c.size() / 1e6);
     row("memcpy", static_cast<double>(c.size()), copy24, copy24);
-    double rndColour = best([&] { pixels::randomise(d.data(), line, n, n, 3, false, 3); });
+    double rndColour = bestSeconds(kRuns, [&] { pixels::randomise(d.data(), line, n, n, 3, false, 3); });
     row("RandomiseBits (colour: blue 0, green, red)", static_cast<double>(c.size()), rndColour, copy24);
-    double rndGrey = best([&] { pixels::randomise(d.data(), line, n, n, 3, true, 4); });
+    double rndGrey = bestSeconds(kRuns, [&] { pixels::randomise(d.data(), line, n, n, 3, true, 4); });
     row("RandomiseBits (grey)", static_cast<double>(c.size()), rndGrey, copy24);
     {
         ComPtr<tova::DIBSection> dib = tova::DIBSection::make();
         VARIANT_BOOL ok = VARIANT_FALSE;
         dib->Create(n, n, &ok);
         if (ok) {
-            double member = best([&] { dib->RandomiseBits(VARIANT_FALSE); });
+            double member = bestSeconds(kRuns, [&] { dib->RandomiseBits(VARIANT_FALSE); });
             row("DIBSection.RandomiseBits", static_cast<double>(c.size()), member, copy24);
         }
     }
@@ -101,7 +89,7 @@ int main(int argc, char** argv) {
         const int tline = ((target + 1) * 3) & ~3;
         std::vector<uint8_t> out(static_cast<size_t>(tline) * target);
         std::memset(out.data(), 0, out.size());
-        double t = best([&] {
+        double t = bestSeconds(kRuns, [&] {
             pixels::resample(c.data(), line, n, n, out.data(), tline, target, target, 3);
         });
         char what[64];
@@ -115,12 +103,12 @@ int main(int argc, char** argv) {
         dib->Create(n, n, &ok);
         if (ok) {
             dib->RandomiseBits(VARIANT_TRUE);
-            double t = best([&] {
+            double t = bestSeconds(kRuns, [&] {
                 ComPtr<_DIBSection> r;
                 dib->Resample(n * 3 / 4, n * 3 / 4, r.put());
             });
             row("DIBSection.Resample to 3/4 (with a new DIB)", static_cast<double>(c.size()), t, copy24);
-            double same = best([&] {
+            double same = bestSeconds(kRuns, [&] {
                 ComPtr<_DIBSection> r;
                 dib->Resample(n, n, r.put());
             });

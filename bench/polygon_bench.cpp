@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
 #include <vector>
 
 using tova::ComPtr;
@@ -18,16 +17,6 @@ HRESULT createPolygon(REFIID riid, void** ppv);
 namespace {
 
 constexpr long kVertices = 100000;
-
-double bestOf(const std::function<void()>& f, int runs = 5) {
-    double best = 1e9;
-    for (int i = 0; i < runs; ++i) {
-        double t0 = benchSeconds();
-        f();
-        best = std::min(best, benchSeconds() - t0);
-    }
-    return best;
-}
 
 void report(const char* what, double seconds, double goalMs) {
     std::printf("%-34s %8.2f ms   (goal %5.0f ms)%s\n", what, seconds * 1000, goalMs,
@@ -57,27 +46,27 @@ int main() {
         std::printf("Points.Add x %ld                  %8.2f ms\n", kVertices, (benchSeconds() - t0) * 1000);
 
         double angle = 0.001, dx = 0.5, dy = 0.5;
-        report("Rotate", bestOf([&] { poly->Rotate(&angle, nullptr, nullptr); }), 20);
-        report("Offset", bestOf([&] { poly->Offset(&dx, &dy); }), 20);
-        report("Inflate", bestOf([&] { poly->Inflate(&dx, &dy); }), 20);
-        report("CentrePoint", bestOf([&] { ComPtr<_Point> c; poly->get_CentrePoint(c.put()); }), 20);
-        report("Rectangle", bestOf([&] { ComPtr<_Rectangle> r; poly->get_Rectangle(r.put()); }), 20);
+        report("Rotate", bestSeconds(5, [&] { poly->Rotate(&angle, nullptr, nullptr); }), 20);
+        report("Offset", bestSeconds(5, [&] { poly->Offset(&dx, &dy); }), 20);
+        report("Inflate", bestSeconds(5, [&] { poly->Inflate(&dx, &dy); }), 20);
+        report("CentrePoint", bestSeconds(5, [&] { ComPtr<_Point> c; poly->get_CentrePoint(c.put()); }), 20);
+        report("Rectangle", bestSeconds(5, [&] { ComPtr<_Rectangle> r; poly->get_Rectangle(r.put()); }), 20);
         VARIANT_BOOL ok;
-        report("PushState", bestOf([&] { poly->PushState(&ok); poly->ClearStack(); }), 20);
+        report("PushState", bestSeconds(5, [&] { poly->PushState(&ok); poly->ClearStack(); }), 20);
         poly->PushState(&ok);
-        report("PopState", bestOf([&] { poly->PopState(&ok); poly->PushState(&ok); }), 20);
-        report("Clone", bestOf([&] { ComPtr<_Polygon> c; poly->Clone(c.put()); }), 20);
-        report("Clone and release", bestOf([&] { ComPtr<_Polygon> c; poly->Clone(c.put()); c.reset(); }), 20);
+        report("PopState", bestSeconds(5, [&] { poly->PopState(&ok); poly->PushState(&ok); }), 20);
+        report("Clone", bestSeconds(5, [&] { ComPtr<_Polygon> c; poly->Clone(c.put()); }), 20);
+        report("Clone and release", bestSeconds(5, [&] { ComPtr<_Polygon> c; poly->Clone(c.put()); c.reset(); }), 20);
 
         // Where Clone's time goes: making and ending 100,000 points alone.
-        report("100,000 points made and ended", bestOf([&] {
+        report("100,000 points made and ended", bestSeconds(5, [&] {
                    std::vector<ComPtr<tova::Point>> made(kVertices);
                    for (auto& p : made) p = tova::Point::make();
                }),
                20);
 
         double sum = 0;
-        report("Points(i).X for every vertex", bestOf([&] {
+        report("Points(i).X for every vertex", bestSeconds(5, [&] {
                    long n = 0;
                    pts->get_Count(&n);
                    VARIANT index;

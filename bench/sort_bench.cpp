@@ -8,8 +8,9 @@
 
 #include "text/sort.h"
 
+#include "bench/clock.h"
+
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <functional>
 #include <random>
@@ -21,13 +22,7 @@ using namespace tova;
 namespace {
 
 constexpr ULONG kCount = 1000000;
-using Clock = std::chrono::steady_clock;
-
-double secondsOf(const std::function<void()>& f) {
-    const auto t0 = Clock::now();
-    f();
-    return std::chrono::duration<double>(Clock::now() - t0).count();
-}
+double secondsOf(const std::function<void()>& f) { return bestSeconds(1, f); }
 
 enum class Kind { Long, Double, String };
 const char* nameOf(Kind k) { return k == Kind::Long ? "Long" : k == Kind::Double ? "Double" : "String"; }

@@ -20,16 +20,6 @@ bool like(const std::wstring& text, const std::wstring& pattern, bool ignoreCase
 }
 
 // Best time of a few runs, in seconds.
-template <class F>
-double best(int runs, F&& f) {
-    double t = 1e9;
-    for (int k = 0; k < runs; ++k) {
-        double start = benchSeconds();
-        f();
-        t = std::min(t, benchSeconds() - start);
-    }
-    return t;
-}
 
 // Words that share letters with "word" without containing it, so the scan's
 // candidate filter has work to do.
@@ -63,7 +53,7 @@ int main() {
     for (bool ic : {false, true}) {
         for (const std::wstring* text : {&hit, &miss}) {
             bool result = false;
-            double t = best(5, [&] { result = like(*text, pattern, ic); });
+            double t = bestSeconds(5, [&] { result = like(*text, pattern, ic); });
             double mchars = kChars / t / 1e6;
             std::printf("  *word* %-16s %-5s: %7.2f ms, %8.0f M chars/s = %8.0f MB/s UTF-16\n",
                         ic ? "case-insensitive" : "case-sensitive", result ? "match" : "miss", t * 1e3, mchars,
@@ -96,7 +86,7 @@ int main() {
     double worst = 0;
     for (const Case& c : cases) {
         bool result = true;
-        double t = best(3, [&] { result = like(c.text, c.pattern, c.ignoreCase); });
+        double t = bestSeconds(3, [&] { result = like(c.text, c.pattern, c.ignoreCase); });
         std::printf("  worst case %-32s: %8.3f ms (%s)\n", c.name, t * 1e3, result ? "match?!" : "no match");
         worst = std::max(worst, t);
     }
@@ -106,12 +96,12 @@ int main() {
     const std::wstring shortPattern = L"*report*.doc?";
     int count = 0;
     const int kCalls = 200000;
-    double t = best(1, [&] {
+    double t = bestSeconds(1, [&] {
         for (int k = 0; k < kCalls; ++k) count += like(name, shortPattern, true);
     });
     std::printf("  short calls (case-insensitive, compiled each call): %.0f ns per call\n", t / kCalls * 1e9);
     tova::WildcardPattern compiled(shortPattern.data(), shortPattern.size(), true);
-    t = best(1, [&] {
+    t = bestSeconds(1, [&] {
         for (int k = 0; k < kCalls; ++k) count += compiled.matches(name.data(), name.size());
     });
     std::printf("  short calls (case-insensitive, compiled once): %.0f ns per call (%d)\n", t / kCalls * 1e9, count);
