@@ -2,8 +2,10 @@
 
 #include "errors.h"
 
+#include <array>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace tova {
 
@@ -725,25 +727,65 @@ void writeBack(Slot& s) {
     }
 }
 
-// The common case without the platform's general call helper: every argument
-// fits one machine word (integers, Booleans, strings, interfaces, pointers), so
-// each takes one stack slot or register under both the 32-bit stdcall and the
-// 64-bit convention, and the member is called through a typed pointer.
-constexpr UINT kDirectArgs = 8;
+// Calls without the platform's general call helper. Both conventions pass the
+// arguments as machine words, the 32-bit one all of them on the stack; the
+// 64-bit one puts floating-point values into other registers, so such calls
+// (and calls with more words than the table below holds) go to the helper.
+constexpr UINT kDirectWords = 16;
 
-bool wordArgument(const VARIANTARG& a, ULONG_PTR& word) {
-    const VARTYPE vt = V_VT(&a);
-    if (vt & VT_BYREF) { word = reinterpret_cast<ULONG_PTR>(V_BYREF(&a)); return true; }
-    switch (vt) {
-    case VT_I4: case VT_INT: case VT_ERROR: word = static_cast<ULONG_PTR>(static_cast<LONG_PTR>(V_I4(&a))); return true;
-    case VT_UI4: case VT_UINT: word = V_UI4(&a); return true;
-    case VT_I2: case VT_BOOL: word = static_cast<ULONG_PTR>(static_cast<LONG_PTR>(V_I2(&a))); return true;
-    case VT_UI2: word = V_UI2(&a); return true;
-    case VT_I1: word = static_cast<ULONG_PTR>(static_cast<LONG_PTR>(V_I1(&a))); return true;
-    case VT_UI1: word = V_UI1(&a); return true;
-    case VT_BSTR: case VT_UNKNOWN: case VT_DISPATCH: word = reinterpret_cast<ULONG_PTR>(V_BYREF(&a)); return true;
-    default: return false;  // floating point, 8-byte and by-value Variant arguments
+// Appends the words argument `a`, declared as `type`, takes in the call.
+bool appendWords(VARTYPE type, const VARIANTARG& a, ULONG_PTR* w, UINT& n) {
+    auto put = [&](const void* p, UINT words) {
+        if (n + words > kDirectWords) return false;
+        std::memcpy(w + n, p, words * sizeof(ULONG_PTR));
+        n += words;
+        return true;
+    };
+    auto word = [&](ULONG_PTR v) { return put(&v, 1); };
+    if (type & VT_BYREF) return word(reinterpret_cast<ULONG_PTR>(V_BYREF(&a)));
+    switch (type) {
+    case VT_I4: case VT_INT: case VT_ERROR: return word(static_cast<ULONG_PTR>(static_cast<LONG_PTR>(V_I4(&a))));
+    case VT_UI4: case VT_UINT: return word(V_UI4(&a));
+    case VT_I2: case VT_BOOL: return word(static_cast<ULONG_PTR>(static_cast<LONG_PTR>(V_I2(&a))));
+    case VT_UI2: return word(V_UI2(&a));
+    case VT_I1: return word(static_cast<ULONG_PTR>(static_cast<LONG_PTR>(V_I1(&a))));
+    case VT_UI1: return word(V_UI1(&a));
+    case VT_BSTR: case VT_UNKNOWN: case VT_DISPATCH: return word(reinterpret_cast<ULONG_PTR>(V_BYREF(&a)));
+#ifdef _WIN64
+    // A Variant by value travels as a pointer to the caller's copy (the slot's).
+    case VT_VARIANT: return word(reinterpret_cast<ULONG_PTR>(&a));
+    case VT_I8: case VT_UI8: case VT_CY: return put(&V_I8(&a), 1);
+#else
+    // The whole 16 bytes of a Variant by value; 8-byte values take two words.
+    case VT_VARIANT: return put(&a, sizeof(VARIANT) / sizeof(ULONG_PTR));
+    case VT_I8: case VT_UI8: case VT_CY: case VT_R8: case VT_DATE: return put(&V_I8(&a), 2);
+    case VT_R4: return put(&V_R4(&a), 1);
+#endif
+    default: return false;
     }
+}
+
+template <size_t... I>
+HRESULT callWords(void* entry, void* instance, const ULONG_PTR* w) {
+    using Member = HRESULT(STDMETHODCALLTYPE*)(void*, decltype(static_cast<void>(I), ULONG_PTR())...);
+    return reinterpret_cast<Member>(entry)(instance, w[I]...);
+}
+
+template <size_t... I>
+HRESULT callWords(void* entry, void* instance, const ULONG_PTR* w, std::index_sequence<I...>) {
+    return callWords<I...>(entry, instance, w);
+}
+
+using WordCall = HRESULT (*)(void*, void*, const ULONG_PTR*);
+
+template <size_t N>
+HRESULT callWordsOf(void* entry, void* instance, const ULONG_PTR* w) {
+    return callWords(entry, instance, w, std::make_index_sequence<N>());
+}
+
+template <size_t... N>
+constexpr std::array<WordCall, sizeof...(N)> wordCalls(std::index_sequence<N...>) {
+    return {&callWordsOf<N>...};
 }
 
 bool callDirect(void* instance, const FunctionInfo& fn, const VARTYPE* types, VARIANTARG** args, UINT count,
@@ -751,51 +793,14 @@ bool callDirect(void* instance, const FunctionInfo& fn, const VARTYPE* types, VA
 #ifndef _WIN64
     if (fn.callConv != CC_STDCALL) return false;
 #endif
-    if (count > kDirectArgs) return false;
-    ULONG_PTR w[kDirectArgs];
-    for (UINT i = 0; i < count; ++i) {
-#ifdef _WIN64
-        // The 64-bit convention passes a Variant by value as a pointer to the
-        // caller's copy (the slot's); some runtimes' DispCallFunc spread it
-        // over two slots instead, so these calls never go there.
-        if (types[i] == VT_VARIANT) {
-            w[i] = reinterpret_cast<ULONG_PTR>(args[i]);
-            continue;
-        }
-#endif
-        if (!wordArgument(*args[i], w[i])) return false;
-    }
-    using W = ULONG_PTR;
+    ULONG_PTR w[kDirectWords];
+    UINT n = 0;
+    for (UINT i = 0; i < count; ++i)
+        if (!appendWords(types[i], *args[i], w, n)) return false;
+    static constexpr auto calls = wordCalls(std::make_index_sequence<kDirectWords + 1>());
     void* entry = (*static_cast<void***>(instance))[fn.vtableOffset / static_cast<SHORT>(sizeof(void*))];
-    switch (count) {
-    case 0: result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*)>(entry)(instance); return true;
-    case 1: result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W)>(entry)(instance, w[0]); return true;
-    case 2: result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W)>(entry)(instance, w[0], w[1]); return true;
-    case 3:
-        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W)>(entry)(instance, w[0], w[1], w[2]);
-        return true;
-    case 4:
-        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W, W)>(entry)(instance, w[0], w[1], w[2],
-                                                                                         w[3]);
-        return true;
-    case 5:
-        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W, W, W)>(entry)(instance, w[0], w[1],
-                                                                                            w[2], w[3], w[4]);
-        return true;
-    case 6:
-        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W, W, W, W)>(entry)(
-            instance, w[0], w[1], w[2], w[3], w[4], w[5]);
-        return true;
-    case 7:
-        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W, W, W, W, W)>(entry)(
-            instance, w[0], w[1], w[2], w[3], w[4], w[5], w[6]);
-        return true;
-    case 8:
-        result = reinterpret_cast<HRESULT(STDMETHODCALLTYPE*)(void*, W, W, W, W, W, W, W, W)>(entry)(
-            instance, w[0], w[1], w[2], w[3], w[4], w[5], w[6], w[7]);
-        return true;
-    }
-    return false;
+    result = calls[n](entry, instance, w);
+    return true;
 }
 
 // Storage for a member's result.
