@@ -234,10 +234,6 @@ inline long roundToLong(double v) {
     // costs over 100 ns a call here, and polygons round every vertex.
 #if defined(__SSE2__)
     return _mm_cvtsd_si32(_mm_set_sd(v));
-#elif defined(__i386__)
-    long r;
-    __asm__("fistpl %0" : "=m"(r) : "t"(v) : "st");
-    return r;
 #else
     return static_cast<long>(std::nearbyint(v));
 #endif
