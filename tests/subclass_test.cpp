@@ -335,18 +335,20 @@ TEST_F(SubclassTest, EachThreadHasItsOwnCatalogue) {
     Client a;
     attach(a);
     long otherCount = -1;
+    _SubclassDatabase* other = nullptr;
     std::thread t([&] {
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
         {
             auto m = create<_SubclassingMethods>(CLSID_SubclassingMethods, IID__SubclassingMethods);
-            ComPtr<_SubclassDatabase> db;
-            m->GetSubclassDatabase(db.put());
-            db->get_Count(&otherCount);
+            m->GetSubclassDatabase(&other);
+            other->get_Count(&otherCount);
         }
         CoUninitialize();
     });
     t.join();
     EXPECT_EQ(0, otherCount);
+    // The thread's catalogue went with the thread: ours is the last reference.
+    EXPECT_EQ(0u, other->Release());
     EXPECT_EQ(1, catalogueCount());
     detach(a);
 }

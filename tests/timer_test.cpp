@@ -4,6 +4,8 @@
 
 #include "windows/timer.h"
 
+#include <thread>
+
 using namespace test;
 
 namespace {
@@ -146,6 +148,26 @@ TEST(Timer, ARunningTimerOutlivesItsClientUntilStoppedFromItsOwnEvent) {
     pump(1000, [&] { return ticks.refs == 1; });
     EXPECT_EQ(3u, ticks.values.size());
     EXPECT_EQ(1, ticks.refs) << "the stopped timer ended and let go of its sink";
+}
+
+// The thread's table of running timers goes with the thread: its timers are
+// killed and released, and they let go of their sinks.
+TEST(Timer, RunningTimersEndWithTheirThread) {
+    Ticks ticks;
+    std::thread t([&] {
+        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+        {
+            auto timer = newTimer();
+            ticks.listen(timer.get());
+            setInterval(timer.get(), 10);
+            setEnabled(timer.get(), true);
+        }
+        pump(50);
+        CoUninitialize();
+    });
+    t.join();
+    EXPECT_FALSE(ticks.values.empty());
+    EXPECT_EQ(1, ticks.refs) << "the timer ended with its thread";
 }
 
 TEST(Timer, ThousandsStartAndStop) {

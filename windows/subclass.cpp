@@ -2,6 +2,8 @@
 
 #include "subclassing.h"
 
+#include "../frame/thread_slot.h"
+
 #include <cstdio>
 
 namespace tova {
@@ -16,7 +18,7 @@ struct ThreadState {
     WNDPROC previous = nullptr;
     ComPtr<SubclassDatabase> catalogue;
 };
-thread_local ThreadState state;
+ThreadSlot<ThreadState> state;
 
 // Handles are 32-bit significant: the name uses the Long a client sees.
 long handleNumber(HWND wnd) { return fromHandle(wnd); }
@@ -97,8 +99,9 @@ LRESULT CALLBACK engineProc(HWND wnd, UINT msg, WPARAM wParam, LPARAM lParam) {
             continue;
         }
         ComPtr<_ISubclass> client(p);
-        state.message = m;
-        state.previous = prev;
+        ThreadState& st = state.get();
+        st.message = m;
+        st.previous = prev;
         if (i == 1) {
             MessageResponseConstants response = tovaMessageResponseConsume;
             if (SUCCEEDED(client->get_MessageResponse(&response)) &&
@@ -132,15 +135,20 @@ std::string clientKey(HWND wnd, long message, long index) {
 }
 
 SubclassDatabase* catalogue() {
-    if (!state.catalogue) state.catalogue = SubclassDatabase::make();
-    return state.catalogue.get();
+    ThreadState& st = state.get();
+    if (!st.catalogue) st.catalogue = SubclassDatabase::make();
+    return st.catalogue.get();
 }
 
-long currentMessage() { return state.message; }
+long currentMessage() {
+    const ThreadState* st = state.find();
+    return st ? st->message : 0;
+}
 
 LRESULT callOldWindowProc(HWND wnd, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (!state.previous) return 0;   // nothing dispatched on this thread yet
-    return CallWindowProcA(state.previous, wnd, message, wParam, lParam);
+    const ThreadState* st = state.find();
+    if (!st || !st->previous) return 0;   // nothing dispatched on this thread yet
+    return CallWindowProcA(st->previous, wnd, message, wParam, lParam);
 }
 
 bool isWindowLocal(HWND wnd) {

@@ -1,5 +1,7 @@
 #include "timer.h"
 
+#include "../frame/thread_slot.h"
+
 #include <vector>
 
 namespace tova {
@@ -18,29 +20,23 @@ SetTimerFunction makeTimer = &SetTimer;
 
 // The thread's running timers, in start order. Created with the first start,
 // dropped as soon as it is empty; at the thread's end the timers still in it
-// are killed and released.
-struct Table {
-    std::vector<ComPtr<Timer>>* list = nullptr;
-    ~Table() {
-        std::vector<ComPtr<Timer>>* l = list;
-        list = nullptr;   // the timers' own stop finds no table while they go
-        if (!l) return;
-        for (const ComPtr<Timer>& t : *l) KillTimer(nullptr, t->timerId());
-        delete l;
-    }
-    void dropIfEmpty() {
-        if (list && list->empty()) {
-            delete list;
-            list = nullptr;
-        }
+// are killed and released (their own stop then finds no table).
+struct Running {
+    std::vector<ComPtr<Timer>> list;
+    ~Running() {
+        for (const ComPtr<Timer>& t : list) KillTimer(nullptr, t->timerId());
     }
 };
-thread_local Table table;
+ThreadSlot<Running> table;
+
+void dropIfEmpty() {
+    if (Running* r = table.find(); r && r->list.empty()) table.drop();
+}
 
 void CALLBACK timerProc(HWND, UINT, UINT_PTR id, DWORD) {
-    std::vector<ComPtr<Timer>>* l = table.list;
-    if (!l) return;
-    for (const ComPtr<Timer>& entry : *l)
+    Running* r = table.find();
+    if (!r) return;
+    for (const ComPtr<Timer>& entry : r->list)
         if (entry->timerId() == id) {
             ComPtr<Timer> t = entry;   // the handler may stop it: it lives to the end of the tick
             t->tick();
@@ -52,7 +48,10 @@ void CALLBACK timerProc(HWND, UINT, UINT_PTR id, DWORD) {
 
 void setTimerFunction(SetTimerFunction f) { makeTimer = f ? f : &SetTimer; }
 
-size_t runningCount() { return table.list ? table.list->size() : 0; }
+size_t runningCount() {
+    const Running* r = table.find();
+    return r ? r->list.size() : 0;
+}
 
 void fail(long code) {
     const wchar_t* text = code == kTooManyTimers ? L"Too Many Timers"
@@ -63,8 +62,7 @@ void fail(long code) {
 
 // Table operations, friends in all but name: Timer calls them from start/stop.
 bool add(Timer* t) {
-    if (!table.list) table.list = new std::vector<ComPtr<Timer>>();
-    table.list->push_back(ComPtr<Timer>(t));
+    table.get().list.push_back(ComPtr<Timer>(t));
     return true;
 }
 
@@ -73,11 +71,12 @@ bool add(Timer* t) {
 ComPtr<Timer> take(Timer* t, UINT_PTR id, bool& found) {
     found = false;
     ComPtr<Timer> kept;
-    if (!table.list || table.list->empty()) {
-        table.dropIfEmpty();
+    Running* r = table.find();
+    if (!r || r->list.empty()) {
+        dropIfEmpty();
         return kept;
     }
-    std::vector<ComPtr<Timer>>& l = *table.list;
+    std::vector<ComPtr<Timer>>& l = r->list;
     for (size_t i = l.size(); i-- > 0;)
         if (l[i].get() == t && l[i]->timerId() == id) {
             kept = std::move(l[i]);
@@ -85,7 +84,7 @@ ComPtr<Timer> take(Timer* t, UINT_PTR id, bool& found) {
             found = true;
             break;
         }
-    table.dropIfEmpty();
+    dropIfEmpty();
     return kept;
 }
 
