@@ -64,7 +64,7 @@ sounding() { printf '%s' "$1" | tr -d '.\n' | wc -c | awk '{ print $1 / 10 }'; }
 # Plays case $1 while recording the sink; sets $prof to the recording's
 # profile.
 recorded() {
-    parecord -d null.monitor --file-format=wav "$work/$2.wav" &
+    parecord -d null.monitor --latency-msec=50 --file-format=wav "$work/$2.wav" &
     recorder=$!
     sleep 2
     run "$1" device
