@@ -6,6 +6,8 @@
 #include "frame/errors.h"
 #include "text/sort.h"
 
+#include <float.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -472,6 +474,24 @@ TEST(Text, OurConversionsMatchTheRuntime) {
     EXPECT_TRUE(readNumber(spaced.get(), &d));
     EXPECT_EQ(12, d);
     EXPECT_EQ(kError94, guard([] { SysFreeString(toText(bare(VT_NULL))); }));
+}
+
+// The runtimes scale the digits they read in double or in the x87's extended
+// precision, by bitness; a host may lower the x87's precision on top. Each
+// setting is checked anew, and our reading follows the runtime's in all.
+TEST(Text, ReadingFollowsTheRuntimeInEveryPrecision) {
+    const unsigned int saved = _controlfp(0, 0);
+    for (unsigned int precision : {_PC_64, _PC_53, _PC_24, _PC_64}) {
+        _controlfp(precision, _MCW_PC);
+        for (const wchar_t* t : {L"-0.965794467176789", L"-6158.17756745596", L"2.30258509299405", L"0.1"}) {
+            tova::Bstr text(t);
+            double ours = 0, runtime = 0;
+            ASSERT_TRUE(readNumber(text.get(), &ours));
+            ASSERT_EQ(S_OK, VarR8FromStr(text.get(), kLocale, 0, &runtime));
+            EXPECT_EQ(0, std::memcmp(&ours, &runtime, sizeof ours)) << t << " precision " << precision;
+        }
+    }
+    _controlfp(saved, _MCW_PC);
 }
 
 TEST(Text, NumberKeysOrderAsTheirTexts) {
