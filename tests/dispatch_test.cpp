@@ -276,6 +276,104 @@ TEST_F(DispatchTest, EventsCarryTheRecordByReference) {
     EXPECT_EQ(4, prev[3]);
 }
 
+namespace {
+
+VARIANT vTyped(VARTYPE vt, double value) {
+    VARIANT v;
+    VariantInit(&v);
+    Variant d(value);
+    VariantChangeType(&v, &d, 0, vt);
+    return v;
+}
+
+double doubleOf(const VARIANT& v) {
+    Variant d;
+    return SUCCEEDED(VariantChangeType(&d, const_cast<VARIANT*>(&v), 0, VT_R8)) ? V_R8(&d) : -1e300;
+}
+
+}  // namespace
+
+// Every shape of argument the type library declares, with values whose every
+// byte matters: on 32-bit a Variant by value is four stack words and a Double
+// two, on 64-bit a Variant is passed by pointer. A word too few or too many
+// shows as a wrong value or a wrong result.
+TEST(DispatchConventions, EveryArgumentShapeArrivesWhole) {
+    // Variants by value, with payloads of 2, 4 and 8 bytes, given or left out.
+    ComPtr<IDispatch> sort = create<IDispatch>(CLSID_SortMethods, IID_IDispatch);
+    for (VARTYPE last : {VT_I2, VT_I4, VT_R4, VT_R8, VT_CY, VT_DATE}) {
+        Variant numbers = longArray({1, 3, 5, 4, 2});
+        CallResult quick;
+        call(quick, sort.get(), L"QuickSortArray", DISPATCH_METHOD, {vRef(&numbers), vTyped(last, 2), vTyped(VT_BOOL, -1)});
+        ASSERT_EQ(S_OK, quick.hr) << last;
+        EXPECT_EQ(VARIANT_TRUE, V_BOOL(&quick.value));
+        EXPECT_EQ((Longs{5, 3, 1, 4, 2}), arrayLongs(numbers)) << "indices 0 to 2, descending: " << last;
+        CallResult rest;
+        call(rest, sort.get(), L"QuickSortArray", DISPATCH_METHOD, {vRef(&numbers), vMissing(), vTyped(last, 0)});
+        EXPECT_EQ((Longs{1, 2, 3, 4, 5}), arrayLongs(numbers)) << "all, ascending: " << last;
+    }
+    ComPtr<IDispatch> surface = create<IDispatch>(CLSID_MemoryDC, IID_IDispatch);
+    CallResult made;
+    call(made, surface.get(), L"SetDimensions", DISPATCH_METHOD, {vLong(4), vLong(4)});
+    ASSERT_EQ(VARIANT_TRUE, V_BOOL(&made.value));
+    for (VARTYPE vt : {VT_I4, VT_R8, VT_CY, VT_DATE}) {
+        EXPECT_EQ(S_OK, put(surface.get(), L"BackColor", vTyped(vt, 197121))) << vt;
+        CallResult back;
+        call(back, surface.get(), L"BackColor", DISPATCH_PROPERTYGET, {});
+        EXPECT_EQ(197121, doubleOf(back.value)) << vt;
+    }
+
+    // Singles by reference: converted from any number, kept in single precision.
+    ComPtr<IDispatch> rect = newRectangle().as<IDispatch>(IID_IDispatch);
+    for (VARTYPE vt : {VT_R4, VT_R8, VT_CY, VT_BSTR}) {
+        CallResult set, scale, edges;
+        call(set, rect.get(), L"SetRectangle3", DISPATCH_METHOD, {vLong(5), vLong(25), vLong(35), vLong(45)});
+        VARIANT zoom = vTyped(vt, 0.1);
+        call(scale, rect.get(), L"ScaleRectangle", DISPATCH_METHOD, {zoom});
+        VariantClear(&zoom);
+        ASSERT_EQ(S_OK, scale.hr) << vt;
+        std::vector<long> got;
+        for (const wchar_t* edge : {L"Left", L"Top", L"Right", L"Bottom"}) {
+            CallResult e;
+            call(e, rect.get(), edge, DISPATCH_PROPERTYGET, {});
+            got.push_back(V_I4(&e.value));
+        }
+        // Each product in single precision, then ties to even: 0.5 -> 0, 2.5 -> 2, 4.5 -> 4.
+        EXPECT_EQ((Longs{0, 2, 4, 4}), got) << vt;
+    }
+
+    // Doubles by reference, given in other types or left out, and written back.
+    ComPtr<IDispatch> polygon = create<IDispatch>(CLSID_Polygon, IID_IDispatch);
+    CallResult points;
+    call(points, polygon.get(), L"Points", DISPATCH_PROPERTYGET, {});
+    ASSERT_EQ(VT_DISPATCH, V_VT(&points.value));
+    for (VARTYPE vt : {VT_R8, VT_R4, VT_CY, VT_DATE, VT_BSTR}) {
+        VARIANT x = vTyped(vt, 2.5);
+        CallResult added;
+        call(added, V_DISPATCH(&points.value), L"Add", DISPATCH_METHOD, {vMissing(), x});
+        VariantClear(&x);
+        ASSERT_EQ(VT_DISPATCH, V_VT(&added.value)) << vt;
+        CallResult px, py;
+        call(px, V_DISPATCH(&added.value), L"X", DISPATCH_PROPERTYGET, {});
+        call(py, V_DISPATCH(&added.value), L"Y", DISPATCH_PROPERTYGET, {});
+        EXPECT_EQ(2.5, V_R8(&px.value)) << vt;
+        EXPECT_EQ(0, V_R8(&py.value)) << vt;
+    }
+    double dx = 1.25;
+    VARIANT dxRef;
+    VariantInit(&dxRef);
+    V_VT(&dxRef) = VT_BYREF | VT_R8;
+    V_R8REF(&dxRef) = &dx;
+    CallResult offset;
+    call(offset, polygon.get(), L"Offset", DISPATCH_METHOD, {dxRef});
+    ASSERT_EQ(S_OK, offset.hr);
+    CallResult first, item;
+    call(first, V_DISPATCH(&points.value), L"Item", DISPATCH_PROPERTYGET, {vLong(1)});
+    ASSERT_EQ(VT_DISPATCH, V_VT(&first.value));
+    call(item, V_DISPATCH(&first.value), L"X", DISPATCH_PROPERTYGET, {});
+    EXPECT_EQ(3.75, V_R8(&item.value));
+    EXPECT_EQ(1.25, dx);
+}
+
 TEST(DispatchConventions, VariantsByValueTypedReferencesAndLeftOutReferences) {
     // Optional Variants by value, left out or given: passed as the platform's
     // calling convention wants them (by pointer on 64-bit).
