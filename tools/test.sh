@@ -5,12 +5,18 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 tools/build.sh
+prefix="$PWD/build/wineprefix"
+tools/wine-prefix.sh "$prefix"
+# One server for the whole run: left to itself it exits a few seconds after
+# each program, and a program starting just then loses its connection
+# ("recvmsg: Connection reset by peer").
+WINEPREFIX="$prefix" wineserver -p
 status=0
 for b in 32 64; do
     echo "== ${b}-bit build"
     ctest --test-dir "build/win$b" --output-on-failure --timeout 600 || status=1
 done
-# Let the prefix's server finish before the caller goes on.
-WINEPREFIX="$PWD/build/wineprefix" timeout 60 wineserver -w 2>/dev/null ||
-    WINEPREFIX="$PWD/build/wineprefix" wineserver -k 2>/dev/null || true
+# The server and whatever the tests left running end with the run.
+WINEPREFIX="$prefix" wineserver -k 2>/dev/null || true
+WINEPREFIX="$prefix" timeout 60 wineserver -w 2>/dev/null || true
 exit $status
