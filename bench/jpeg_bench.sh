@@ -1,14 +1,19 @@
 #!/usr/bin/env bash
-# JPEG speed and quality: our codec (64-bit, under Wine) next to libjpeg-turbo's
-# cjpeg/djpeg run natively on the same synthetic 12-megapixel photograph.
-# Usage: bench/jpeg_bench.sh [QUALITY]   (default 90)
+# JPEG speed and quality: our codec (the 32-bit DLL's build and the 64-bit one,
+# under Wine) next to libjpeg-turbo's cjpeg/djpeg run natively on the same
+# synthetic 12-megapixel photograph.
+# Usage: bench/jpeg_bench.sh [QUALITY [BITS...]]   (default 90, then 32 and 64)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 q=${1:-90}
-ninja -C build/win64 -j2 jpeg_bench >/dev/null
+shift || true
+all_bits=("$@")
+[ ${#all_bits[@]} -gt 0 ] || all_bits=(32 64)
+for b in "${all_bits[@]}"; do ninja -C "build/win$b" -j2 jpeg_bench >/dev/null; done
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT
-run() { cmake/wine-run.sh "$PWD/build/wineprefix" 64 build/win64/bin/jpeg_bench.exe "$@"; }
+bits=${all_bits[0]}
+run() { cmake/wine-run.sh "$PWD/build/wineprefix" "$bits" "build/win$bits/bin/jpeg_bench.exe" "$@"; }
 z() { echo "Z:$tmp/$1"; }
 
 run synth "$(z photo.ppm)"
@@ -40,7 +45,10 @@ printf "libjpeg-turbo encode q%d    : %s  %9d bytes  mean error %s\n" "$q" "$(ra
     "$(stat -c %s "$tmp/ref.jpg")" "$(run compare "$(z photo.ppm)" "$(z ref.ppm)")"
 printf "libjpeg-turbo decode baseline   : %s\n" "$(rate "$decw" "$decc")"
 printf "libjpeg-turbo decode progressive: %s\n" "$(rate "$progw" "$progc")"
-run run "$(z photo.ppm)" "$(z ref.jpg)" "$(z ref_prog.jpg)" "$(z ref.ppm)" "$(z ours.jpg)" "$q"
-# Our file judged by the reference decoder, so both errors come from one decoder.
-djpeg -outfile "$tmp/ours.ppm" "$tmp/ours.jpg"
-printf "ours encode, decoded by djpeg: mean error %s\n" "$(run compare "$(z photo.ppm)" "$(z ours.ppm)")"
+for bits in "${all_bits[@]}"; do
+    echo "-- ours, ${bits}-bit"
+    run run "$(z photo.ppm)" "$(z ref.jpg)" "$(z ref_prog.jpg)" "$(z ref.ppm)" "$(z ours.jpg)" "$q"
+    # Our file judged by the reference decoder, so both errors come from one decoder.
+    djpeg -outfile "$tmp/ours.ppm" "$tmp/ours.jpg"
+    printf "ours encode, decoded by djpeg: mean error %s\n" "$(run compare "$(z photo.ppm)" "$(z ours.ppm)")"
+done
