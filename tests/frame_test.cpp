@@ -2,6 +2,9 @@
 // class information, error reporting and connection points.
 #include "support.h"
 
+#include <algorithm>
+#include <iterator>
+
 using namespace test;
 
 namespace {
@@ -138,6 +141,49 @@ TEST(TypeLibrary, RectangleMembersInSlotOrderWithDefaults) {
     DISPID pushState = dispid(newRectangle().as<IDispatch>(IID_IDispatch).get(), L"PushState");
     t->GetDocumentation(pushState, nullptr, help.put(), nullptr, nullptr);
     EXPECT_EQ(L"Places the current rectangle dimensions onto an internal FIFO based stack.", help.str());
+}
+
+TEST(TypeLibrary, EveryTypeAndMemberCarriesAHelpString) {
+    ComPtr<ITypeLib> lib = loadLibrary();
+    ASSERT_TRUE(lib);
+    const wchar_t* inherited[] = {L"QueryInterface", L"AddRef", L"Release", L"GetTypeInfoCount",
+                                  L"GetTypeInfo", L"GetIDsOfNames", L"Invoke"};
+    std::wstring missing;
+    UINT checked = 0;
+    for (UINT i = 0; i < lib->GetTypeInfoCount(); ++i) {
+        Bstr typeName, typeHelp;
+        lib->GetDocumentation(i, typeName.put(), typeHelp.put(), nullptr, nullptr);
+        if (!typeHelp.length()) missing += L" " + typeName.str();
+        ComPtr<ITypeInfo> t;
+        ASSERT_EQ(S_OK, lib->GetTypeInfo(i, t.put()));
+        TYPEATTR* ta;
+        t->GetTypeAttr(&ta);
+        const bool dual = ta->typekind == TKIND_DISPATCH && (ta->wTypeFlags & TYPEFLAG_FDUAL);
+        t->ReleaseTypeAttr(ta);
+        // A dual interface is checked in its vtable view: the members it declares itself.
+        HREFTYPE h;
+        ComPtr<ITypeInfo> vt;
+        if (dual && SUCCEEDED(t->GetRefTypeOfImplType(-1, &h))) t->GetRefTypeInfo(h, vt.put());
+        if (!vt) vt = t;
+        vt->GetTypeAttr(&ta);
+        for (UINT f = 0; f < ta->cFuncs; ++f) {
+            FUNCDESC* fd;
+            vt->GetFuncDesc(f, &fd);
+            Bstr name, help;
+            vt->GetDocumentation(fd->memid, name.put(), help.put(), nullptr, nullptr);
+            const bool fromStdole = std::find_if(std::begin(inherited), std::end(inherited), [&](const wchar_t* n) {
+                                        return name.str() == n;
+                                    }) != std::end(inherited);
+            if (!fromStdole) {
+                ++checked;
+                if (!help.length()) missing += L" " + typeName.str() + L"." + name.str();
+            }
+            vt->ReleaseFuncDesc(fd);
+        }
+        vt->ReleaseTypeAttr(ta);
+    }
+    EXPECT_GT(checked, 250u);
+    EXPECT_TRUE(missing.empty()) << "without a help string:" << missing;
 }
 
 TEST(ClassFactory, CreatesEveryRegisteredClassAndRefusesOthers) {
