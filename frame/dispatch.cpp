@@ -1,6 +1,7 @@
 #include "dispatch.h"
 
 #include "errors.h"
+#include "type_desc.h"
 
 #include <array>
 #include <cstring>
@@ -57,24 +58,6 @@ std::wstring foldName(const wchar_t* name) {
 
 namespace {
 
-struct TypeAttr {
-    TypeAttr(ITypeInfo* info) : info_(info) { if (FAILED(info->GetTypeAttr(&attr))) attr = nullptr; }
-    ~TypeAttr() { if (attr) info_->ReleaseTypeAttr(attr); }
-    TypeAttr(const TypeAttr&) = delete;
-    TypeAttr& operator=(const TypeAttr&) = delete;
-    ITypeInfo* info_;
-    TYPEATTR* attr = nullptr;
-};
-
-struct FuncDesc {
-    FuncDesc(ITypeInfo* info, UINT index) : info_(info) { if (FAILED(info->GetFuncDesc(index, &desc))) desc = nullptr; }
-    ~FuncDesc() { if (desc) info_->ReleaseFuncDesc(desc); }
-    FuncDesc(const FuncDesc&) = delete;
-    FuncDesc& operator=(const FuncDesc&) = delete;
-    ITypeInfo* info_;
-    FUNCDESC* desc = nullptr;
-};
-
 bool isInterfaceKind(TYPEKIND k) { return k == TKIND_INTERFACE || k == TKIND_DISPATCH || k == TKIND_COCLASS; }
 
 // The kind of the user-defined type `href` refers to, through aliases (a
@@ -109,10 +92,8 @@ void resolveUser(ITypeInfo* owner, HREFTYPE href, TypeRef& out, int depth) {
         out.recordSize = ta.attr->cbSizeInstance;
         ULONG longs = 0;
         for (UINT i = 0; i < ta.attr->cVars; ++i) {
-            VARDESC* vd = nullptr;
-            if (FAILED(ref->GetVarDesc(i, &vd))) { longs = 0; break; }
-            bool isLong = vd->elemdescVar.tdesc.vt == VT_I4 || vd->elemdescVar.tdesc.vt == VT_INT;
-            ref->ReleaseVarDesc(vd);
+            VarDesc vd(ref.get(), i);
+            const bool isLong = vd.desc && (vd.desc->elemdescVar.tdesc.vt == VT_I4 || vd.desc->elemdescVar.tdesc.vt == VT_INT);
             if (!isLong) { longs = 0; break; }
             ++longs;
         }
@@ -765,27 +746,23 @@ bool appendWords(VARTYPE type, const VARIANTARG& a, ULONG_PTR* w, UINT& n) {
     }
 }
 
+using WordCall = HRESULT (*)(void* entry, void* instance, const ULONG_PTR* w);
+
+// The member called with words w[0..N-1], N the length of the sequence.
+template <class Sequence>
+struct Words;
 template <size_t... I>
-HRESULT callWords(void* entry, void* instance, const ULONG_PTR* w) {
-    using Member = HRESULT(STDMETHODCALLTYPE*)(void*, decltype(static_cast<void>(I), ULONG_PTR())...);
-    return reinterpret_cast<Member>(entry)(instance, w[I]...);
-}
+struct Words<std::index_sequence<I...>> {
+    static HRESULT call(void* entry, void* instance, const ULONG_PTR* w) {
+        using Member = HRESULT(STDMETHODCALLTYPE*)(void*, decltype(static_cast<void>(I), ULONG_PTR())...);
+        return reinterpret_cast<Member>(entry)(instance, w[I]...);
+    }
+};
 
-template <size_t... I>
-HRESULT callWords(void* entry, void* instance, const ULONG_PTR* w, std::index_sequence<I...>) {
-    return callWords<I...>(entry, instance, w);
-}
-
-using WordCall = HRESULT (*)(void*, void*, const ULONG_PTR*);
-
-template <size_t N>
-HRESULT callWordsOf(void* entry, void* instance, const ULONG_PTR* w) {
-    return callWords(entry, instance, w, std::make_index_sequence<N>());
-}
-
+// One entry per count of words, 0 to kDirectWords.
 template <size_t... N>
 constexpr std::array<WordCall, sizeof...(N)> wordCalls(std::index_sequence<N...>) {
-    return {&callWordsOf<N>...};
+    return {&Words<std::make_index_sequence<N>>::call...};
 }
 
 bool callDirect(void* instance, const FunctionInfo& fn, const VARTYPE* types, VARIANTARG** args, UINT count,

@@ -92,6 +92,7 @@ LRESULT CALLBACK engineProc(HWND wnd, UINT msg, WPARAM wParam, LPARAM lParam) {
 
     LRESULT result = 0;
     bool called = false;
+    ThreadState& st = state.get();
     for (long i = 1; i <= n; ++i) {
         auto* p = reinterpret_cast<_ISubclass*>(readProp(wnd, clientName(h, m, i)));
         if (!p) {
@@ -99,7 +100,6 @@ LRESULT CALLBACK engineProc(HWND wnd, UINT msg, WPARAM wParam, LPARAM lParam) {
             continue;
         }
         ComPtr<_ISubclass> client(p);
-        ThreadState& st = state.get();
         st.message = m;
         st.previous = prev;
         if (i == 1) {

@@ -29,10 +29,6 @@ struct Running {
 };
 ThreadSlot<Running> table;
 
-void dropIfEmpty() {
-    if (Running* r = table.find(); r && r->list.empty()) table.drop();
-}
-
 void CALLBACK timerProc(HWND, UINT, UINT_PTR id, DWORD) {
     Running* r = table.find();
     if (!r) return;
@@ -72,10 +68,7 @@ ComPtr<Timer> take(Timer* t, UINT_PTR id, bool& found) {
     found = false;
     ComPtr<Timer> kept;
     Running* r = table.find();
-    if (!r || r->list.empty()) {
-        dropIfEmpty();
-        return kept;
-    }
+    if (!r) return kept;
     std::vector<ComPtr<Timer>>& l = r->list;
     for (size_t i = l.size(); i-- > 0;)
         if (l[i].get() == t && l[i]->timerId() == id) {
@@ -84,7 +77,7 @@ ComPtr<Timer> take(Timer* t, UINT_PTR id, bool& found) {
             found = true;
             break;
         }
-    dropIfEmpty();
+    if (l.empty()) table.drop();
     return kept;
 }
 

@@ -1,8 +1,9 @@
 // Prints the member reference of a type library as Markdown: the library is the
 // one source of truth, so the page cannot drift from what callers really load.
 //   typelib_reference DLL_OR_TLB > docs/reference.md
-#include <windows.h>
-#include <oleauto.h>
+#include "frame/type_desc.h"
+#include "frame/values.h"
+
 #include <fcntl.h>
 #include <io.h>
 #include <cstdio>
@@ -11,6 +12,12 @@
 #include <vector>
 
 namespace {
+
+using tova::Bstr;
+using tova::ComPtr;
+using tova::FuncDesc;
+using tova::TypeAttr;
+using tova::VarDesc;
 
 std::string utf8(const wchar_t* s) {
     if (!s || !*s) return {};
@@ -38,24 +45,21 @@ void put(const std::string& s) { out += s; }
 
 struct Doc { std::string name, help; };
 Doc doc(ITypeInfo* ti, MEMBERID id = MEMBERID_NIL) {
-    BSTR name = nullptr, help = nullptr;
-    ti->GetDocumentation(id, &name, &help, nullptr, nullptr);
-    Doc d{utf8(name), utf8(help)};
-    SysFreeString(name);
-    SysFreeString(help);
-    return d;
+    Bstr name, help;
+    ti->GetDocumentation(id, name.put(), help.put(), nullptr, nullptr);
+    return {utf8(name.get()), utf8(help.get())};
 }
 
 bool win64 = false;
-std::string lib_name;
+std::string libName;
 
-ITypeInfo* ref_info(ITypeInfo* ti, HREFTYPE ref) {
-    ITypeInfo* r = nullptr;
-    ti->GetRefTypeInfo(ref, &r);
+ComPtr<ITypeInfo> refInfo(ITypeInfo* ti, HREFTYPE ref) {
+    ComPtr<ITypeInfo> r;
+    ti->GetRefTypeInfo(ref, r.put());
     return r;
 }
 
-std::string type_name(ITypeInfo* ti, const TYPEDESC& t) {
+std::string typeName(ITypeInfo* ti, const TYPEDESC& t) {
     // VT_UI2 is a VARTYPE, which callers pass as an Integer.
     static const std::map<VARTYPE, const char*> simple = {
         {VT_I4, "Long"}, {VT_INT, "Long"}, {VT_I2, "Integer"}, {VT_UI2, "Integer"}, {VT_BOOL, "Boolean"},
@@ -66,14 +70,10 @@ std::string type_name(ITypeInfo* ti, const TYPEDESC& t) {
     // Only pointer-sized members are 64-bit integers, and only in the 64-bit build.
     case VT_I8: return win64 ? "LongPtr" : "LongLong";
     case VT_VOID: case VT_HRESULT: return "";
-    case VT_PTR: return type_name(ti, *t.lptdesc);
-    case VT_SAFEARRAY: return type_name(ti, *t.lptdesc) + "()";
+    case VT_PTR: return typeName(ti, *t.lptdesc);
+    case VT_SAFEARRAY: return typeName(ti, *t.lptdesc) + "()";
     case VT_USERDEFINED:
-        if (ITypeInfo* r = ref_info(ti, t.hreftype)) {
-            std::string n = doc(r).name;
-            r->Release();
-            return n;
-        }
+        if (ComPtr<ITypeInfo> r = refInfo(ti, t.hreftype)) return doc(r.get()).name;
         return "?";
     default: return "VT " + std::to_string(t.vt);
     }
@@ -81,58 +81,47 @@ std::string type_name(ITypeInfo* ti, const TYPEDESC& t) {
 
 // A pointer to an interface is how an object travels by value; only a further
 // pointer (or a pointer to anything else) makes a parameter by-reference.
-bool by_ref(ITypeInfo* ti, const TYPEDESC& t) {
+bool byRef(ITypeInfo* ti, const TYPEDESC& t) {
     if (t.vt != VT_PTR) return false;
     const TYPEDESC& in = *t.lptdesc;
     if (in.vt != VT_USERDEFINED) return true;
-    ITypeInfo* r = ref_info(ti, in.hreftype);
+    ComPtr<ITypeInfo> r = refInfo(ti, in.hreftype);
     if (!r) return true;
-    TYPEATTR* a = nullptr;
-    r->GetTypeAttr(&a);
-    TYPEKIND k = a->typekind;
+    TypeAttr a(r.get());
+    if (!a.attr) return true;
+    TYPEKIND k = a.attr->typekind;
     bool object = k == TKIND_INTERFACE || k == TKIND_DISPATCH || k == TKIND_COCLASS;
     if (k == TKIND_ALIAS) {  // an alias (as stdole's IPictureDisp) stands for what it names
         TYPEDESC named{};
         named.vt = VT_PTR;
-        named.lptdesc = &a->tdescAlias;
-        object = !by_ref(r, named);
+        named.lptdesc = &a.attr->tdescAlias;
+        object = !byRef(r.get(), named);
     }
-    r->ReleaseTypeAttr(a);
-    r->Release();
     return !object;
 }
 
 std::string text(const VARIANT& v) {
-    VARIANT s;
-    VariantInit(&s);
+    tova::Variant s;
     if (FAILED(VariantChangeTypeEx(&s, const_cast<VARIANT*>(&v), LOCALE_INVARIANT, 0, VT_BSTR))) return "?";
-    std::string r = utf8(s.bstrVal);
-    VariantClear(&s);
-    return r;
+    return utf8(V_BSTR(&s));
 }
 
 // An enumeration's default reads best as the constant's name.
-std::string enum_constant(ITypeInfo* ti, const TYPEDESC& t, const VARIANT& v) {
-    if (t.vt == VT_PTR) return enum_constant(ti, *t.lptdesc, v);
+std::string enumConstant(ITypeInfo* ti, const TYPEDESC& t, const VARIANT& v) {
+    if (t.vt == VT_PTR) return enumConstant(ti, *t.lptdesc, v);
     if (t.vt != VT_USERDEFINED) return {};
-    ITypeInfo* r = ref_info(ti, t.hreftype);
+    ComPtr<ITypeInfo> r = refInfo(ti, t.hreftype);
     if (!r) return {};
-    std::string found;
-    TYPEATTR* a = nullptr;
-    r->GetTypeAttr(&a);
-    for (UINT i = 0; a->typekind == TKIND_ENUM && i < a->cVars && found.empty(); ++i) {
-        VARDESC* vd = nullptr;
-        r->GetVarDesc(i, &vd);
-        if (text(*vd->lpvarValue) == text(v)) found = doc(r, vd->memid).name;
-        r->ReleaseVarDesc(vd);
+    TypeAttr a(r.get());
+    for (UINT i = 0; a.attr && a.attr->typekind == TKIND_ENUM && i < a.attr->cVars; ++i) {
+        VarDesc vd(r.get(), i);
+        if (vd.desc && text(*vd.desc->lpvarValue) == text(v)) return doc(r.get(), vd.desc->memid).name;
     }
-    r->ReleaseTypeAttr(a);
-    r->Release();
-    return found;
+    return {};
 }
 
-std::string default_value(ITypeInfo* ti, const TYPEDESC& t, const VARIANT& v) {
-    std::string e = enum_constant(ti, t, v);
+std::string defaultValue(ITypeInfo* ti, const TYPEDESC& t, const VARIANT& v) {
+    std::string e = enumConstant(ti, t, v);
     if (!e.empty()) return e;
     char buf[32];
     if (v.vt == VT_I4 && v.lVal < -65536) {  // colour flags and masks read as hex
@@ -148,10 +137,10 @@ std::string param(ITypeInfo* ti, const ELEMDESC& e, const std::string& name) {
     const PARAMDESC& p = e.paramdesc;
     std::string s;
     if (p.wParamFlags & PARAMFLAG_FOPT) s += "Optional ";
-    s += by_ref(ti, e.tdesc) ? "ByRef " : "ByVal ";
-    s += name + " As " + type_name(ti, e.tdesc);
+    s += byRef(ti, e.tdesc) ? "ByRef " : "ByVal ";
+    s += name + " As " + typeName(ti, e.tdesc);
     if ((p.wParamFlags & PARAMFLAG_FHASDEFAULT) && p.pparamdescex)
-        s += " = " + default_value(ti, e.tdesc, p.pparamdescex->varDefaultValue);
+        s += " = " + defaultValue(ti, e.tdesc, p.pparamdescex->varDefaultValue);
     return s;
 }
 
@@ -162,49 +151,46 @@ struct Member {
 };
 
 void describe(ITypeInfo* ti, FUNCDESC* f, Member& m) {
-    BSTR names[64] = {};
+    BSTR raw[64] = {};
     UINT got = 0;
-    ti->GetNames(f->memid, names, 64, &got);
-    std::string params, result = type_name(ti, f->elemdescFunc.tdesc);
+    ti->GetNames(f->memid, raw, 64, &got);
+    std::vector<Bstr> names;
+    for (UINT i = 0; i < got; ++i) names.push_back(Bstr::attach(raw[i]));
+    std::string params, result = typeName(ti, f->elemdescFunc.tdesc);
     int last = f->cParams;
     // A property's assigned value is its type, not one of its parameters.
-    if (f->invkind & (INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF)) result = type_name(ti, f->lprgelemdescParam[--last].tdesc);
+    if (f->invkind & (INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF)) result = typeName(ti, f->lprgelemdescParam[--last].tdesc);
     for (int i = 0; i < last; ++i) {
         const ELEMDESC& e = f->lprgelemdescParam[i];
-        if (e.paramdesc.wParamFlags & PARAMFLAG_FRETVAL) { result = type_name(ti, e.tdesc); continue; }
-        std::string n = (UINT)i + 1 < got ? utf8(names[i + 1]) : "Arg" + std::to_string(i + 1);
+        if (e.paramdesc.wParamFlags & PARAMFLAG_FRETVAL) { result = typeName(ti, e.tdesc); continue; }
+        std::string n = (UINT)i + 1 < got ? utf8(names[i + 1].get()) : "Arg" + std::to_string(i + 1);
         params += (params.empty() ? "" : ", ") + param(ti, e, n);
     }
-    for (UINT i = 0; i < got; ++i) SysFreeString(names[i]);
     // The getter's view of parameters and result wins: it has the retval.
     if (m.params.empty() || (f->invkind & INVOKE_PROPERTYGET)) m.params = params;
     if (m.result.empty() || (f->invkind & INVOKE_PROPERTYGET)) m.result = result;
 }
 
 void members(ITypeInfo* ti, bool events) {
-    TYPEATTR* a = nullptr;
-    ti->GetTypeAttr(&a);
+    TypeAttr a(ti);
     std::vector<Member> list;
     std::map<MEMBERID, size_t> at;
-    for (UINT i = 0; i < a->cFuncs; ++i) {
-        FUNCDESC* f = nullptr;
-        ti->GetFuncDesc(i, &f);
+    for (UINT i = 0; a.attr && i < a.attr->cFuncs; ++i) {
+        FuncDesc fd(ti, i);
+        FUNCDESC* f = fd.desc;
         // IUnknown's and IDispatch's own members are not this interface's.
-        bool inherited = (f->wFuncFlags & FUNCFLAG_FRESTRICTED) && f->memid >= 0x60000000 && f->memid < 0x60020000;
-        if (!inherited) {
-            auto it = at.find(f->memid);
-            if (it == at.end()) {
-                it = at.emplace(f->memid, list.size()).first;
-                Doc d = doc(ti, f->memid);
-                list.push_back({d.name, d.help});
-            }
-            Member& m = list[it->second];
-            m.invkinds |= f->invkind;
-            describe(ti, f, m);
+        if (!f || ((f->wFuncFlags & FUNCFLAG_FRESTRICTED) && f->memid >= 0x60000000 && f->memid < 0x60020000))
+            continue;
+        auto it = at.find(f->memid);
+        if (it == at.end()) {
+            it = at.emplace(f->memid, list.size()).first;
+            Doc d = doc(ti, f->memid);
+            list.push_back({d.name, d.help});
         }
-        ti->ReleaseFuncDesc(f);
+        Member& m = list[it->second];
+        m.invkinds |= f->invkind;
+        describe(ti, f, m);
     }
-    ti->ReleaseTypeAttr(a);
     if (list.empty()) { put("No members.\n\n"); return; }
     put(events ? "| Event | Parameters | Description |\n|---|---|---|\n"
                : "| Member | Kind | Parameters | Result | Description |\n|---|---|---|---|---|\n");
@@ -224,28 +210,26 @@ void members(ITypeInfo* ti, bool events) {
 }
 
 // A dual interface's vtable half carries the members in slot order.
-ITypeInfo* vtable_half(ITypeInfo* ti, const TYPEATTR* a) {
+ComPtr<ITypeInfo> vtableHalf(ITypeInfo* ti, const TYPEATTR* a) {
     HREFTYPE ref;
-    ITypeInfo* r = nullptr;
-    if ((a->wTypeFlags & TYPEFLAG_FDUAL) && SUCCEEDED(ti->GetRefTypeOfImplType(-1, &ref))) r = ref_info(ti, ref);
-    if (!r) { r = ti; r->AddRef(); }
-    return r;
+    ComPtr<ITypeInfo> r;
+    if ((a->wTypeFlags & TYPEFLAG_FDUAL) && SUCCEEDED(ti->GetRefTypeOfImplType(-1, &ref))) r = refInfo(ti, ref);
+    return r ? r : ComPtr<ITypeInfo>(ti);
 }
 
 void coclass(ITypeInfo* ti, const TYPEATTR* a, const Doc& d, std::vector<std::string>& sources) {
     bool global = a->wTypeFlags & TYPEFLAG_FAPPOBJECT, creatable = a->wTypeFlags & TYPEFLAG_FCANCREATE;
     put("### " + d.name + "\n\n" + d.help + "\n\n");
     put(std::string("- ") + (global ? "Global object (its members can be called without a variable)" : creatable ? "Creatable" : "Not creatable (obtained from other members)") + "\n");
-    if (global || creatable) put("- ProgID: `" + lib_name + "." + d.name + "`\n");
+    if (global || creatable) put("- ProgID: `" + libName + "." + d.name + "`\n");
     for (UINT i = 0; i < a->cImplTypes; ++i) {
         INT flags = 0;
         HREFTYPE ref;
         ti->GetImplTypeFlags(i, &flags);
         ti->GetRefTypeOfImplType(i, &ref);
-        ITypeInfo* r = ref_info(ti, ref);
+        ComPtr<ITypeInfo> r = refInfo(ti, ref);
         if (!r) continue;
-        std::string n = doc(r).name;
-        r->Release();
+        const std::string n = doc(r.get()).name;
         if (!(flags & IMPLTYPEFLAG_FDEFAULT)) continue;
         if (flags & IMPLTYPEFLAG_FSOURCE) { put("- Events: " + link(n) + "\n"); sources.push_back(n); }
         else put("- Default interface: " + link(n) + "\n");
@@ -259,25 +243,23 @@ int main(int argc, char** argv) {
     if (argc != 2) { fprintf(stderr, "usage: typelib_reference DLL_OR_TLB\n"); return 2; }
     _setmode(_fileno(stdout), _O_BINARY);
     std::wstring path(argv[1], argv[1] + strlen(argv[1]));
-    ITypeLib* tl = nullptr;
-    HRESULT hr = LoadTypeLibEx(path.c_str(), REGKIND_NONE, &tl);
+    ComPtr<ITypeLib> tl;
+    HRESULT hr = LoadTypeLibEx(path.c_str(), REGKIND_NONE, tl.put());
     if (FAILED(hr)) { fprintf(stderr, "cannot load the type library of %s: 0x%08lX\n", argv[1], (unsigned long)hr); return 1; }
     TLIBATTR* la = nullptr;
     tl->GetLibAttr(&la);
     win64 = la->syskind == SYS_WIN64;
-    BSTR name = nullptr, help = nullptr;
-    tl->GetDocumentation(-1, &name, &help, nullptr, nullptr);
-    lib_name = utf8(name);
+    Bstr name, help;
+    tl->GetDocumentation(-1, name.put(), help.put(), nullptr, nullptr);
+    libName = utf8(name.get());
     std::string file = argv[1];
     file = file.substr(file.find_last_of("/\\:") + 1);
-    put("# " + lib_name + " member reference\n\n");
-    put("Generated from the type library " + lib_name + " " + std::to_string(la->wMajorVerNum) + "." +
-        std::to_string(la->wMinorVerNum) + " (\"" + utf8(help) + "\") of the " + (win64 ? "64" : "32") + "-bit " + file +
+    put("# " + libName + " member reference\n\n");
+    put("Generated from the type library " + libName + " " + std::to_string(la->wMajorVerNum) + "." +
+        std::to_string(la->wMinorVerNum) + " (\"" + utf8(help.get()) + "\") of the " + (win64 ? "64" : "32") + "-bit " + file +
         " by `tools/reference`; do not edit by hand, run `tools/reference.sh`.\n\n");
     put("The 32-bit library is the one most callers load. The 64-bit build's library differs only in members that "
         "carry an address or a message parameter: there they take LongPtr where this page says Long.\n\n");
-    SysFreeString(name);
-    SysFreeString(help);
     tl->ReleaseTLibAttr(la);
 
     std::string page = out;
@@ -288,10 +270,12 @@ int main(int argc, char** argv) {
     // Coclasses first: they say which dispinterfaces are event interfaces.
     for (int pass = 0; pass < 2; ++pass)
         for (UINT i = 0; i < count; ++i) {
-            ITypeInfo* ti = nullptr;
-            tl->GetTypeInfo(i, &ti);
-            TYPEATTR* a = nullptr;
-            ti->GetTypeAttr(&a);
+            ComPtr<ITypeInfo> info;
+            if (FAILED(tl->GetTypeInfo(i, info.put()))) continue;
+            ITypeInfo* ti = info.get();
+            TypeAttr attr(ti);
+            const TYPEATTR* a = attr.attr;
+            if (!a) continue;
             Doc d = doc(ti);
             out.clear();
             int section = -1;
@@ -302,28 +286,22 @@ int main(int argc, char** argv) {
                 section = events ? 2 : 1;
                 const char* what = events ? "Event interface" : a->wTypeFlags & TYPEFLAG_FDUAL ? "Dual interface" : a->typekind == TKIND_DISPATCH ? "Dispinterface" : "Interface";
                 put("### " + d.name + "\n\n*" + what + ".* " + d.help + "\n\n");
-                ITypeInfo* v = vtable_half(ti, a);
-                members(v, events);
-                v->Release();
+                members(vtableHalf(ti, a).get(), events);
             } else if (pass == 1 && (a->typekind == TKIND_ENUM || a->typekind == TKIND_RECORD)) {
                 bool e = a->typekind == TKIND_ENUM;
                 section = e ? 3 : 4;
                 put("### " + d.name + "\n\n" + d.help + "\n\n" + (e ? "| Constant | Value | Description |\n|---|---|---|\n" : "| Field | Type | Description |\n|---|---|---|\n"));
                 for (UINT k = 0; k < a->cVars; ++k) {
-                    VARDESC* vd = nullptr;
-                    ti->GetVarDesc(k, &vd);
-                    Doc f = doc(ti, vd->memid);
-                    std::string value = e ? text(*vd->lpvarValue) : type_name(ti, vd->elemdescVar.tdesc);
+                    VarDesc vd(ti, k);
+                    if (!vd.desc) continue;
+                    Doc f = doc(ti, vd.desc->memid);
+                    std::string value = e ? text(*vd.desc->lpvarValue) : typeName(ti, vd.desc->elemdescVar.tdesc);
                     put("| " + f.name + " | " + value + " | " + cell(f.help) + " |\n");
-                    ti->ReleaseVarDesc(vd);
                 }
                 put("\n");
             }
             if (section >= 0) sections[section] += out;
-            ti->ReleaseTypeAttr(a);
-            ti->Release();
         }
-    tl->Release();
     for (int s = 0; s < 5; ++s)
         if (!sections[s].empty()) page += "## " + std::string(titles[s]) + "\n\n" + sections[s];
     while (page.size() > 1 && page[page.size() - 2] == '\n') page.pop_back();
