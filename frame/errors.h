@@ -6,25 +6,12 @@
 // 0x80040000 | code with the library's source and description.
 #pragma once
 
+#include "error_codes.h"
 #include "typelib.h"
 
 #include <new>
 
 namespace tova {
-
-// Standard run-time error numbers the classes raise.
-enum RuntimeError : long {
-    kInvalidArgument = 5,      // "Invalid procedure call or argument"
-    kOverflow = 6,
-    kSubscriptOutOfRange = 9,
-    kOutOfMemory = 7,
-    kTypeMismatch = 13,
-    kCannotPerform = 17,       // operation not possible in the current state
-    kObjectNotSet = 91,
-    kInvalidPattern = 93,
-    kNotSupported = 438,       // object doesn't support this property or method
-    kInvalidPicture = 481,
-};
 
 // The name the library reports as error source: the file name without extension.
 extern const wchar_t kLibrarySource[];
@@ -33,11 +20,6 @@ extern const wchar_t kLibrarySource[];
 struct Raised {
     HRESULT hr;
 };
-
-// Raises `code`: a standard run-time error when code <= 1000 (source and
-// description default to the library's name and the host's standard text),
-// otherwise the library error 0x80040000 | code.
-[[noreturn]] void raise(long code, const wchar_t* source = nullptr, const wchar_t* description = nullptr);
 
 // The HRESULT that raise(code) reports.
 HRESULT errorResult(long code);
