@@ -1,9 +1,11 @@
 // The cipher module: hexadecimal encoding, random strings and the text cipher,
-// all on ANSI code-page codes.
-#include "support.h"
+// all on ANSI code-page codes. The Windows build and the native sanitizer build
+// (tests/native, Latin-1 for a code page) both run it.
+#include <gtest/gtest.h>
 
-#include "frame/errors.h"
+#include "tests/raises.h"
 #include "text/cipher.h"
+#include "text/cipher_platform.h"
 
 #include <set>
 
@@ -12,27 +14,17 @@ using namespace tova::cipher;
 
 namespace {
 
-// The character of an ANSI code, as the platform converts one byte.
-wchar_t chr(int code) {
-    char b = static_cast<char>(code);
-    wchar_t w = 0;
-    MultiByteToWideChar(CP_ACP, 0, &b, 1, &w, 1);
-    return w;
-}
+wchar_t chr(int code) { return ansi().chr[code]; }
 
 int asc(wchar_t c) {
-    char b[4] = {};
-    WideCharToMultiByte(CP_ACP, 0, &c, 1, b, sizeof b, nullptr, nullptr);
-    return static_cast<unsigned char>(b[0]);
+    unsigned char code;
+    toCodes(&c, 1, &code);
+    return code;
 }
 
 // Ciphertext uses every code; only a single-byte code page has a character for each.
-bool singleByteCodePage() {
-    CPINFO info{};
-    return GetCPInfo(CP_ACP, &info) && info.MaxCharSize == 1;
-}
 #define NEEDS_SINGLE_BYTE_CODE_PAGE() \
-    if (!singleByteCodePage()) GTEST_SKIP() << "a double-byte code page has no character for some codes"
+    if (!ansi().singleByte) GTEST_SKIP() << "a double-byte code page has no character for some codes"
 
 std::wstring allCodes() {
     std::wstring s;
@@ -56,12 +48,12 @@ TEST(Hexise, TwoUpperCaseDigitsPerCodeAndBack) {
     EXPECT_EQ(L"", dehexise(L""));
     EXPECT_EQ(L"000AFF", hexise(std::wstring{chr(0), chr(10), chr(255)}));
     EXPECT_EQ(L"J\x4", dehexise(L"4a4")) << "lower-case digits; an odd final digit is read alone";
-    if (singleByteCodePage()) EXPECT_EQ(allCodes(), dehexise(hexise(allCodes()))) << "every code survives";
+    if (ansi().singleByte) EXPECT_EQ(allCodes(), dehexise(hexise(allCodes()))) << "every code survives";
 }
 
 TEST(Hexise, ABadPairIsATypeMismatch) {
     for (const wchar_t* bad : {L"1G", L"41 1", L"4142-1", L"Z", L"\xFF21\x31"})
-        EXPECT_EQ(errorResult(kTypeMismatch), guard([&] { dehexise(bad); })) << bad;
+        EXPECT_EQ(kTypeMismatch, raisedCode([&] { dehexise(bad); })) << bad;
 }
 
 TEST(Cipher, EncryptAddsBothKeyCodesPerRound) {
@@ -135,27 +127,25 @@ TEST(Cipher, LevelZeroAndEmptyKeys) {
     EXPECT_EQ(L"text", decrypt(L"text", a, b, -3));
     EXPECT_EQ(L"", encrypt(L"", a, b, 1)) << "nothing to lengthen the keys for";
     // Doubling an empty key would never end: refused, keys untouched.
-    EXPECT_EQ(errorResult(kInvalidArgument), guard([&] { encrypt(L"text", a, b, 1); }));
-    EXPECT_EQ(errorResult(kInvalidArgument), guard([&] { decrypt(L"text", b, a, 1); }));
+    EXPECT_EQ(kInvalidArgument, raisedCode([&] { encrypt(L"text", a, b, 1); }));
+    EXPECT_EQ(kInvalidArgument, raisedCode([&] { decrypt(L"text", b, a, 1); }));
     EXPECT_EQ(L"B", b);
 }
 
 TEST(Cipher, CharactersOutsideTheCodePageComeBackAsTheirReplacement) {
     NEEDS_SINGLE_BYTE_CODE_PAGE();
     const std::wstring text = L"a\x4E00z";  // a CJK ideograph, not in a single-byte code page
-    char bytes[8] = {};
-    WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, bytes, sizeof bytes, nullptr, nullptr);
-    wchar_t converted[8] = {};
-    MultiByteToWideChar(CP_ACP, 0, bytes, -1, converted, 8);
+    std::wstring converted;
+    for (wchar_t c : text) converted += chr(asc(c));
     std::wstring a = L"k", b = L"m";
     std::wstring back = decrypt(encrypt(text, a, b, 2), a, b, 2);
     EXPECT_NE(text, back);
-    EXPECT_EQ(std::wstring(converted), back);
-    EXPECT_EQ(hexise(std::wstring(converted)), hexise(text));
+    EXPECT_EQ(converted, back);
+    EXPECT_EQ(hexise(converted), hexise(text));
 }
 
 TEST(Cipher, ADoubleByteCharacterHasNoCodeAndDecryptDropsIt) {
-    if (singleByteCodePage()) GTEST_SKIP() << "for double-byte code pages";
+    if (ansi().singleByte) GTEST_SKIP() << "for double-byte code pages";
     const std::wstring text = L"zz\x4E00zz";
     EXPECT_EQ(L"7A7A3F7A7A", hexise(text));
     std::wstring a = L"\x1\x2", b = L"\x1";
@@ -182,7 +172,7 @@ TEST(RandomString, LengthsAndGroups) {
 
     std::wstring codes = allCodes();
     for (wchar_t c : randomString(200, L"", 0)) EXPECT_NE(std::wstring::npos, codes.find(c));
-    EXPECT_EQ(errorResult(kOutOfMemory), guard([] { randomString(2147483647L, L"--", 1); }));
+    EXPECT_EQ(kOutOfMemory, raisedCode([] { randomString(2147483647L, L"--", 1); }));
 }
 
 TEST(RandomString, EachCodeIsSeededFromTheTimerAlone) {
@@ -196,3 +186,20 @@ TEST(RandomString, EachCodeIsSeededFromTheTimerAlone) {
     }
     EXPECT_EQ(256u, seen.size()) << "every code turns up";
 }
+
+#ifdef _WIN32
+// The code page the module works with is the one the platform converts with.
+TEST(CodePage, IsThePlatformsAnsiCodePage) {
+    CPINFO info{};
+    ASSERT_TRUE(GetCPInfo(CP_ACP, &info));
+    EXPECT_EQ(info.MaxCharSize == 1, ansi().singleByte);
+    for (int code = 0; code < 256; ++code) {
+        const char byte = static_cast<char>(code);
+        wchar_t w = 0;
+        if (MultiByteToWideChar(CP_ACP, 0, &byte, 1, &w, 1) == 1) EXPECT_EQ(w, chr(code)) << code;
+        char back[4] = {};
+        if (WideCharToMultiByte(CP_ACP, 0, &w, 1, back, sizeof back, nullptr, nullptr) == 1)
+            EXPECT_EQ(static_cast<unsigned char>(back[0]), asc(w)) << code;
+    }
+}
+#endif

@@ -18,7 +18,13 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 namespace jpeg = tova::jpeg;
 
-std::string dataPath(const std::string& name) { return std::string("Z:") + TOVA_JPEG_DATA + "/" + name; }
+// Wine sees the build machine's files on drive Z:; the native build runs on it.
+#ifdef _WIN32
+const char kDrive[] = "Z:";
+#else
+const char kDrive[] = "";
+#endif
+std::string dataPath(const std::string& name) { return kDrive + std::string(TOVA_JPEG_DATA) + "/" + name; }
 
 Bytes readFile(const std::string& name) {
     Bytes b;

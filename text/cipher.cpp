@@ -1,6 +1,7 @@
 #include "cipher.h"
 
-#include "frame/errors.h"
+#include "cipher_platform.h"
+#include "frame/error_codes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,69 +13,6 @@ namespace tova {
 namespace cipher {
 
 namespace {
-
-// ------------------------------------------------------------------ ANSI codes
-
-// What we need of the ANSI code page, read once: it does not change while the
-// process runs.
-struct CodePage {
-    bool singleByte = true;
-    unsigned char replacement = '?';  // the code a character without one gets
-    wchar_t chr[256];                 // the character of each code
-};
-
-const CodePage& ansi() {
-    static const CodePage page = [] {
-        CodePage p;
-        CPINFOEXW info{};
-        wchar_t fallback = L'?';
-        if (GetCPInfoExW(CP_ACP, 0, &info)) {
-            p.singleByte = info.MaxCharSize == 1;
-            p.replacement = info.DefaultChar[0];
-            fallback = info.UnicodeDefaultChar;
-        }
-        // One byte at a time: in a double-byte code page a lead byte on its own
-        // is what the platform makes of it, not the start of a pair.
-        for (int code = 0; code < 256; ++code) {
-            char byte = static_cast<char>(code);
-            wchar_t w;
-            p.chr[code] = MultiByteToWideChar(CP_ACP, 0, &byte, 1, &w, 1) == 1 ? w : fallback;
-        }
-        return p;
-    }();
-    return page;
-}
-
-// The code of one character; false when it has no single-byte code.
-bool codeOf(wchar_t c, unsigned char& code) {
-    char bytes[4];
-    if (WideCharToMultiByte(CP_ACP, 0, &c, 1, bytes, sizeof bytes, nullptr, nullptr) != 1) return false;
-    code = static_cast<unsigned char>(bytes[0]);
-    return true;
-}
-
-// The codes of text[0, n) into `out` (n bytes). Characters without a code get
-// the replacement code; their positions go to `missing` when it is given.
-// A single-byte code page converts whole chunks at once; a chunk that does not
-// come out one byte per character (a surrogate pair, say) and every chunk of a
-// double-byte code page goes one character at a time.
-void toCodes(const wchar_t* text, size_t n, unsigned char* out, std::vector<size_t>* missing = nullptr) {
-    const CodePage& page = ansi();
-    const size_t kMost = size_t{1} << 24;  // keeps the counts within an int
-    for (size_t start = 0; start < n; start += kMost) {
-        int count = static_cast<int>(std::min(kMost, n - start));
-        if (page.singleByte &&
-            WideCharToMultiByte(CP_ACP, 0, text + start, count, reinterpret_cast<char*>(out + start), count,
-                                nullptr, nullptr) == count)
-            continue;
-        for (size_t i = start; i < start + static_cast<size_t>(count); ++i) {
-            if (!codeOf(text[i], out[i])) {
-                out[i] = page.replacement;
-                if (missing) missing->push_back(i);
-            }
-        }
-    }
-}
 
 // ------------------------------------------------------------------ keys
 
@@ -198,14 +136,6 @@ size_t cipher(const wchar_t* text, size_t length, Key keyA, Key keyB, long level
 }
 
 // ------------------------------------------------------------------ random
-
-// Seconds since midnight, local time, in single precision like the runtime's Timer.
-double timer() {
-    SYSTEMTIME t;
-    GetLocalTime(&t);
-    double seconds = t.wHour * 3600.0 + t.wMinute * 60.0 + t.wSecond + t.wMilliseconds / 1000.0;
-    return static_cast<float>(seconds);
-}
 
 int hexDigit(wchar_t c) {
     if (c >= L'0' && c <= L'9') return c - L'0';

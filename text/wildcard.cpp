@@ -10,7 +10,8 @@
 
 #include "wildcard.h"
 
-#include "../frame/errors.h"
+#include "../frame/error_codes.h"
+#include "wildcard_locale.h"
 
 #include <cstdint>
 #include <cstring>
@@ -23,80 +24,23 @@
 
 namespace tova {
 
-static_assert(sizeof(wchar_t) == 2, "the matcher works on UTF-16 code units");
+using wildcard::Unit;
+using wildcard::collate;
+using wildcard::foldCase;
+
+static_assert(sizeof(Unit) == 2, "the matcher works on UTF-16 code units");
 
 namespace {
 
 constexpr size_t npos = static_cast<size_t>(-1);
 
-// ------------------------------------------------------------ locale helpers
-
-// Upper-cases len code units with the user locale's case mapping. The mapping
-// is one to one, so positions stay where they were.
-void mapUpper(const wchar_t* src, size_t len, wchar_t* dst) {
-    int got = LCMapStringW(LOCALE_USER_DEFAULT, LCMAP_UPPERCASE, src, static_cast<int>(len), dst,
-                           static_cast<int>(len));
-    if (got != static_cast<int>(len)) {
-        std::memcpy(dst, src, len * sizeof(wchar_t));
-        CharUpperBuffW(dst, static_cast<DWORD>(len));
-    }
-}
-
-// The same mapping for the first 256 code units, taken from the platform once
-// per thread and user locale: one platform call per character of a long text
-// would cost more than the whole match.
-const wchar_t* latin1Upper() {
-    struct Table {
-        LCID lcid = 0;
-        wchar_t map[256];
-    };
-    thread_local Table table;
-    LCID lcid = GetUserDefaultLCID();
-    if (table.lcid != lcid) {
-        wchar_t all[256];
-        for (unsigned c = 0; c < 256; ++c) all[c] = static_cast<wchar_t>(c);
-        mapUpper(all, 256, table.map);
-        table.lcid = lcid;
-    }
-    return table.map;
-}
-
-// Upper-cases n code units of src into dst: Latin-1 through the table, runs of
-// other characters through the platform.
-void foldCase(const wchar_t* src, size_t n, wchar_t* dst) {
-    const wchar_t* upper = latin1Upper();
-    constexpr size_t kMaxRun = size_t(1) << 28;
-    size_t i = 0;
-    while (i < n) {
-        if (src[i] < 256) {
-            dst[i] = upper[src[i]];
-            ++i;
-            continue;
-        }
-        size_t end = i + 1;
-        while (end < n && src[end] >= 256 && end - i < kMaxRun) ++end;
-        // Never split a surrogate pair between two calls.
-        if (end < n && end - i > 1 && src[end - 1] >= 0xD800 && src[end - 1] <= 0xDBFF) --end;
-        mapUpper(src + i, end - i, dst + i);
-        i = end;
-    }
-}
-
-// <0, 0, >0 as a sorts before, with or after b in the user locale's collation,
-// ignoring case. Falls back to code units if the platform refuses.
-int collate(wchar_t a, wchar_t b) {
-    int r = CompareStringW(LOCALE_USER_DEFAULT, NORM_IGNORECASE, &a, 1, &b, 1);
-    if (r == 0) return int(a) - int(b);
-    return r - CSTR_EQUAL;
-}
-
 // ------------------------------------------------------------ literal search
 
 // First position where needle[0..m) starts in hay[0..n), or npos; m >= 1.
 // Candidates are filtered on the needle's first and last characters.
-size_t findRun(const wchar_t* hay, size_t n, const wchar_t* needle, size_t m) {
+size_t findRun(const Unit* hay, size_t n, const Unit* needle, size_t m) {
     if (n < m) return npos;
-    const wchar_t first = needle[0], last = needle[m - 1];
+    const Unit first = needle[0], last = needle[m - 1];
     const size_t lastStart = n - m;
     size_t i = 0;
 #if defined(__SSE2__)
@@ -109,7 +53,7 @@ size_t findRun(const wchar_t* hay, size_t n, const wchar_t* needle, size_t m) {
             _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi16(a, vFirst), _mm_cmpeq_epi16(b, vLast))));
         while (mask) {
             size_t pos = i + static_cast<size_t>(__builtin_ctz(mask)) / 2;
-            if (m <= 2 || std::memcmp(hay + pos + 1, needle + 1, (m - 2) * sizeof(wchar_t)) == 0) return pos;
+            if (m <= 2 || std::memcmp(hay + pos + 1, needle + 1, (m - 2) * sizeof(Unit)) == 0) return pos;
             mask &= mask - 1;  // each 16-bit lane sets two mask bits
             mask &= mask - 1;
         }
@@ -117,7 +61,7 @@ size_t findRun(const wchar_t* hay, size_t n, const wchar_t* needle, size_t m) {
 #endif
     for (; i <= lastStart; ++i) {
         if (hay[i] == first && hay[i + m - 1] == last &&
-            (m <= 2 || std::memcmp(hay + i + 1, needle + 1, (m - 2) * sizeof(wchar_t)) == 0))
+            (m <= 2 || std::memcmp(hay + i + 1, needle + 1, (m - 2) * sizeof(Unit)) == 0))
             return i;
     }
     return npos;
@@ -126,14 +70,14 @@ size_t findRun(const wchar_t* hay, size_t n, const wchar_t* needle, size_t m) {
 // ------------------------------------------------------------ bracket lists
 
 struct Range {
-    wchar_t lo, hi;
+    Unit lo, hi;
 };
 
 class CharClass {
 public:
     CharClass(bool negate, bool ignoreCase) : negate_(negate), ignoreCase_(ignoreCase) {}
 
-    void addSingle(wchar_t c) {
+    void addSingle(Unit c) {
         if (ignoreCase_) {
             if (c < 256) setLow(c);
             else wideSingles_.push_back(c);
@@ -141,7 +85,7 @@ public:
             addCodeUnits(c, c);
         }
     }
-    void addRange(wchar_t lo, wchar_t hi) {
+    void addRange(Unit lo, Unit hi) {
         if (ignoreCase_) {
             collated_.push_back({lo, hi});
         } else {
@@ -156,24 +100,24 @@ public:
     }
 
     // `c` is already case-folded in case-insensitive mode.
-    bool matches(wchar_t c) const { return contains(c) != negate_; }
+    bool matches(Unit c) const { return contains(c) != negate_; }
 
 private:
     enum : unsigned char { kUnknown, kOut, kIn };
     struct Slot {
-        wchar_t key;
+        Unit key;
         unsigned char state;
     };
 
     void setLow(unsigned c) { low_[c >> 5] |= uint32_t(1) << (c & 31); }
     bool testLow(unsigned c) const { return (low_[c >> 5] >> (c & 31)) & 1; }
 
-    void addCodeUnits(wchar_t lo, wchar_t hi) {
+    void addCodeUnits(Unit lo, Unit hi) {
         for (unsigned c = lo; c <= hi && c < 256; ++c) setLow(c);
-        if (hi >= 256) wideRanges_.push_back({lo < 256 ? wchar_t(256) : lo, hi});
+        if (hi >= 256) wideRanges_.push_back({lo < 256 ? Unit(256) : lo, hi});
     }
 
-    bool contains(wchar_t c) const {
+    bool contains(Unit c) const {
         if (c < 256) {
             if (testLow(c)) return true;
             if (collated_.empty()) return false;
@@ -183,7 +127,7 @@ private:
         }
         for (const Range& r : wideRanges_)
             if (c >= r.lo && c <= r.hi) return true;
-        for (wchar_t s : wideSingles_)
+        for (Unit s : wideSingles_)
             if (c == s) return true;
         if (collated_.empty()) return false;
         Slot& slot = wideCache_[c & (kWideSlots - 1)];
@@ -192,7 +136,7 @@ private:
     }
 
     // The slow path: case-insensitive ranges under the locale's collation.
-    bool inCollatedRange(wchar_t c) const {
+    bool inCollatedRange(Unit c) const {
         for (const Range& r : collated_)
             if (collate(r.lo, c) <= 0 && collate(c, r.hi) <= 0) return true;
         return false;
@@ -203,7 +147,7 @@ private:
     bool ignoreCase_;
     uint32_t low_[8] = {};             // members below 256 (case-insensitive: singles only)
     std::vector<Range> wideRanges_;    // case-sensitive members from 256 up
-    std::vector<wchar_t> wideSingles_; // case-insensitive singles from 256 up
+    std::vector<Unit> wideSingles_; // case-insensitive singles from 256 up
     std::vector<Range> collated_;      // case-insensitive ranges
     mutable std::vector<unsigned char> lowCache_;
     mutable Slot wideCache_[kWideSlots] = {};
@@ -215,7 +159,7 @@ enum class Kind : unsigned char { Literal, Any, Digit, Class };
 
 struct Element {
     Kind kind;
-    wchar_t ch;       // Literal: the character (case-folded when ignoring case)
+    Unit ch;       // Literal: the character (case-folded when ignoring case)
     uint32_t list;    // Class: index into the lists
 };
 
@@ -264,34 +208,34 @@ struct WildcardPattern::Compiled {
     bool star = false;                // segments are separated by stars
     bool needsText = false;           // some element looks at the character
     Storage<Element, 32> elements;
-    Storage<wchar_t, 32> chars;       // elements' characters, contiguous, for literal runs
+    Storage<Unit, 32> chars;       // elements' characters, contiguous, for literal runs
     std::vector<CharClass> lists;
     Storage<Segment, 8> segments;
     size_t longestSegment = 0;
 
-    Compiled(const wchar_t* pattern, size_t n, bool ic);
-    bool matches(const wchar_t* text, size_t n) const;
+    Compiled(const Unit* pattern, size_t n, bool ic);
+    bool matches(const Unit* text, size_t n) const;
 
 private:
-    void parseList(const wchar_t* p, size_t n, bool ic);
+    void parseList(const Unit* p, size_t n, bool ic);
     void closeSegment(size_t begin);
-    bool matchAt(const Segment& s, const wchar_t* t) const;
-    size_t find(const Segment& s, const wchar_t* t, size_t from, size_t end) const;
+    bool matchAt(const Segment& s, const Unit* t) const;
+    size_t find(const Segment& s, const Unit* t, size_t from, size_t end) const;
     template <class View>
     bool run(size_t n, const View& view) const;
 };
 
-WildcardPattern::Compiled::Compiled(const wchar_t* pattern, size_t n, bool ic) : ignoreCase(ic) {
+WildcardPattern::Compiled::Compiled(const Unit* pattern, size_t n, bool ic) : ignoreCase(ic) {
     // The whole pattern is compiled (and so checked) before anything is matched.
     // Structure is read from the pattern as given, characters from its folded
     // copy when ignoring case.
-    const wchar_t* value = pattern;
-    wchar_t local[64];
-    std::unique_ptr<wchar_t[]> heap;
+    const Unit* value = pattern;
+    Unit local[64];
+    std::unique_ptr<Unit[]> heap;
     if (ic && n) {
-        wchar_t* folded = local;
+        Unit* folded = local;
         if (n > 64) {
-            heap.reset(new wchar_t[n]);
+            heap.reset(new Unit[n]);
             folded = heap.get();
         }
         foldCase(pattern, n, folded);
@@ -304,7 +248,7 @@ WildcardPattern::Compiled::Compiled(const wchar_t* pattern, size_t n, bool ic) :
     chars.reserve(n);
     size_t segmentBegin = 0;
     for (size_t i = 0; i < n;) {
-        wchar_t c = pattern[i];
+        Unit c = pattern[i];
         if (c == L'*') {
             closeSegment(segmentBegin);
             segmentBegin = elements.size();
@@ -333,7 +277,7 @@ WildcardPattern::Compiled::Compiled(const wchar_t* pattern, size_t n, bool ic) :
 }
 
 // One bracket list without its brackets: p[0..n).
-void WildcardPattern::Compiled::parseList(const wchar_t* p, size_t n, bool ic) {
+void WildcardPattern::Compiled::parseList(const Unit* p, size_t n, bool ic) {
     if (n == 0) return;  // [] matches the empty string: no element at all
     bool negate = p[0] == L'!';
     size_t i = negate ? 1 : 0;
@@ -344,9 +288,9 @@ void WildcardPattern::Compiled::parseList(const wchar_t* p, size_t n, bool ic) {
     }
     CharClass list(negate, ic);
     while (i < n) {
-        wchar_t lo = p[i];
+        Unit lo = p[i];
         if (i + 2 < n && p[i + 1] == L'-') {
-            wchar_t hi = p[i + 2];
+            Unit hi = p[i + 2];
             if (ic ? collate(lo, hi) > 0 : lo > hi) raise(kInvalidPattern);
             list.addRange(lo, hi);
             i += 3;
@@ -383,10 +327,10 @@ void WildcardPattern::Compiled::closeSegment(size_t begin) {
     if (s.length > longestSegment) longestSegment = s.length;
 }
 
-bool WildcardPattern::Compiled::matchAt(const Segment& s, const wchar_t* t) const {
+bool WildcardPattern::Compiled::matchAt(const Segment& s, const Unit* t) const {
     const Element* e = elements.data() + s.begin;
     for (size_t k = 0; k < s.length; ++k) {
-        const wchar_t c = t[k];
+        const Unit c = t[k];
         switch (e[k].kind) {
         case Kind::Literal:
             if (c != e[k].ch) return false;
@@ -405,7 +349,7 @@ bool WildcardPattern::Compiled::matchAt(const Segment& s, const wchar_t* t) cons
 }
 
 // The leftmost start p in [from, end - length] where segment s matches t, or npos.
-size_t WildcardPattern::Compiled::find(const Segment& s, const wchar_t* t, size_t from, size_t end) const {
+size_t WildcardPattern::Compiled::find(const Segment& s, const Unit* t, size_t from, size_t end) const {
     if (end < from || end - from < s.length) return npos;
     if (s.length == 0) return from;
     if (s.literal) {
@@ -419,7 +363,7 @@ size_t WildcardPattern::Compiled::find(const Segment& s, const wchar_t* t, size_
         return npos;
     }
     // Search for the longest literal run, then check the rest around it.
-    const wchar_t* run = chars.data() + s.begin + s.runOffset;
+    const Unit* run = chars.data() + s.begin + s.runOffset;
     size_t p = from;
     while (p <= lastStart) {
         // The run starts at p + runOffset; it must end before lastStart + runOffset + runLength.
@@ -437,18 +381,18 @@ namespace {
 // The text as the matcher reads it: view(from, to) gives the characters
 // [from, to), at most `span` of them at a time, valid until the next call.
 struct DirectView {
-    const wchar_t* text;
+    const Unit* text;
     static constexpr size_t span = npos;
-    const wchar_t* operator()(size_t from, size_t) const { return text + from; }
+    const Unit* operator()(size_t from, size_t) const { return text + from; }
 };
 
 // Case folding in windows: a long text is never copied whole (a fresh buffer
 // the size of the text costs more to touch than the whole match).
 struct FoldingView {
-    const wchar_t* text;
-    wchar_t* buffer;
+    const Unit* text;
+    Unit* buffer;
     size_t span;
-    const wchar_t* operator()(size_t from, size_t to) const {
+    const Unit* operator()(size_t from, size_t to) const {
         foldCase(text + from, to - from, buffer);
         return buffer;
     }
@@ -485,7 +429,7 @@ bool WildcardPattern::Compiled::run(size_t n, const View& view) const {
     return true;
 }
 
-bool WildcardPattern::Compiled::matches(const wchar_t* text, size_t n) const {
+bool WildcardPattern::Compiled::matches(const Unit* text, size_t n) const {
     // Cheap length checks before any case folding.
     size_t fixed = 0;
     for (const Segment& s : segments) fixed += s.length;
@@ -494,11 +438,11 @@ bool WildcardPattern::Compiled::matches(const wchar_t* text, size_t n) const {
 
     // Short texts are folded whole, long ones a window at a time.
     constexpr size_t kWindow = 16384;
-    wchar_t local[256];
-    std::unique_ptr<wchar_t[]> heap;
-    wchar_t* buffer = local;
+    Unit local[256];
+    std::unique_ptr<Unit[]> heap;
+    Unit* buffer = local;
     if (n > 256) {
-        heap.reset(new wchar_t[n <= kWindow ? n : kWindow + longestSegment]);
+        heap.reset(new Unit[n <= kWindow ? n : kWindow + longestSegment]);
         buffer = heap.get();
     }
     if (n <= kWindow) {
@@ -508,17 +452,17 @@ bool WildcardPattern::Compiled::matches(const wchar_t* text, size_t n) const {
     return run(n, FoldingView{text, buffer, kWindow + longestSegment});
 }
 
-WildcardPattern::WildcardPattern(const wchar_t* pattern, size_t patternLength, bool ignoreCase)
+WildcardPattern::WildcardPattern(const Unit* pattern, size_t patternLength, bool ignoreCase)
     : compiled_(new Compiled(pattern, patternLength, ignoreCase)) {}
 WildcardPattern::~WildcardPattern() = default;
 WildcardPattern::WildcardPattern(WildcardPattern&&) noexcept = default;
 WildcardPattern& WildcardPattern::operator=(WildcardPattern&&) noexcept = default;
 
-bool WildcardPattern::matches(const wchar_t* text, size_t textLength) const {
+bool WildcardPattern::matches(const Unit* text, size_t textLength) const {
     return compiled_->matches(text, textLength);
 }
 
-bool isLike(const wchar_t* text, size_t textLength, const wchar_t* pattern, size_t patternLength, bool ignoreCase) {
+bool isLike(const Unit* text, size_t textLength, const Unit* pattern, size_t patternLength, bool ignoreCase) {
     // The commonest patterns never need a compiled form.
     if (patternLength == 1 && pattern[0] == L'*') return true;
     if (patternLength == 0) return textLength == 0;

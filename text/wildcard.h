@@ -24,22 +24,33 @@
 
 namespace tova {
 
+namespace wildcard {
+// A UTF-16 code unit: wchar_t on Windows, char16_t elsewhere, so that the
+// native sanitizer build (tests/native) runs the matcher the DLL runs.
+#ifdef _WIN32
+using Unit = wchar_t;
+#else
+using Unit = char16_t;
+#endif
+}  // namespace wildcard
+
 // True when the whole `text` matches the whole `pattern`; case-insensitive under
 // the user locale's text comparison when `ignoreCase`. Raises 93 for a pattern
 // with an unclosed bracket or a reversed range.
-bool isLike(const wchar_t* text, size_t textLength, const wchar_t* pattern, size_t patternLength, bool ignoreCase);
+bool isLike(const wildcard::Unit* text, size_t textLength, const wildcard::Unit* pattern, size_t patternLength,
+            bool ignoreCase);
 
 // A pattern compiled once for many texts (a folder search tries every file name
 // against the same criteria). The constructor raises 93 for an invalid pattern.
 // matches() keeps a cache of collation results: one object serves one thread.
 class WildcardPattern {
 public:
-    WildcardPattern(const wchar_t* pattern, size_t patternLength, bool ignoreCase);
+    WildcardPattern(const wildcard::Unit* pattern, size_t patternLength, bool ignoreCase);
     ~WildcardPattern();
     WildcardPattern(WildcardPattern&&) noexcept;
     WildcardPattern& operator=(WildcardPattern&&) noexcept;
 
-    bool matches(const wchar_t* text, size_t textLength) const;
+    bool matches(const wildcard::Unit* text, size_t textLength) const;
 
     struct Compiled;
 
