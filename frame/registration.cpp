@@ -75,124 +75,113 @@ LONG openRoot(RegistrationScope scope, RegKey& root) {
     return root.create(base, L"Software\\Classes");
 }
 
-struct LibraryFacts {
-    std::wstring libid;
-    std::wstring version;   // as the type-library keys spell it: hexadecimal
-    std::wstring help;
-};
+}  // namespace
 
-bool libraryFacts(LibraryFacts& f) {
-    ITypeLib* lib = typeLibrary();
+bool registrationFacts(ITypeLib* lib, RegistrationFacts& f) {
     TLIBATTR* attr = nullptr;
     if (!lib || FAILED(lib->GetLibAttr(&attr))) return false;
     f.libid = guidText(attr->guid);
     wchar_t v[32];
     wsprintfW(v, L"%x.%x", attr->wMajorVerNum, attr->wMinorVerNum);
     f.version = v;
+    wsprintfW(v, L"%u.%u", attr->wMajorVerNum, attr->wMinorVerNum);
+    f.decimalVersion = v;
     lib->ReleaseTLibAttr(attr);
     Bstr help;
     lib->GetDocumentation(-1, nullptr, help.put(), nullptr, nullptr);
     f.help = help.str();
-    return true;
-}
 
-// Calls `fn(iid, name)` for every interface the library describes.
-template <class F>
-void forEachInterface(F fn) {
-    ITypeLib* lib = typeLibrary();
-    for (UINT i = 0, n = lib->GetTypeInfoCount(); i < n; ++i) {
-        TYPEKIND kind;
-        if (FAILED(lib->GetTypeInfoType(i, &kind)) || (kind != TKIND_INTERFACE && kind != TKIND_DISPATCH)) continue;
-        ComPtr<ITypeInfo> info;
-        if (FAILED(lib->GetTypeInfo(i, info.put()))) continue;
-        TYPEATTR* attr = nullptr;
-        if (FAILED(info->GetTypeAttr(&attr))) continue;
-        GUID iid = attr->guid;
-        info->ReleaseTypeAttr(attr);
-        Bstr name;
-        lib->GetDocumentation(i, name.put(), nullptr, nullptr, nullptr);
-        fn(iid, name.str());
-    }
-}
-
-// Calls `fn(entry, progId, clsidKey)` for every class clients create through the registry.
-template <class F>
-bool forEachRegisteredClass(F fn) {
+    f.classes.clear();
     size_t count = 0;
     const ClassEntry* entries = classEntries(&count);
     for (size_t i = 0; i < count; ++i) {
         const ClassEntry& e = entries[i];
         if (e.instancing == Instancing::NotCreatable) continue;
-        if (!fn(e, std::wstring(kProgIdPrefix) + e.name, L"CLSID\\" + guidText(*e.clsid))) return false;
+        f.classes.push_back({e.name, guidText(*e.clsid), std::wstring(kProgIdPrefix) + e.name});
+    }
+
+    f.interfaces.clear();
+    for (UINT i = 0, n = lib->GetTypeInfoCount(); i < n; ++i) {
+        TYPEKIND kind;
+        if (FAILED(lib->GetTypeInfoType(i, &kind)) || (kind != TKIND_INTERFACE && kind != TKIND_DISPATCH)) continue;
+        ComPtr<ITypeInfo> info;
+        if (FAILED(lib->GetTypeInfo(i, info.put()))) continue;
+        TYPEATTR* ta = nullptr;
+        if (FAILED(info->GetTypeAttr(&ta))) continue;
+        GUID iid = ta->guid;
+        info->ReleaseTypeAttr(ta);
+        Bstr name;
+        lib->GetDocumentation(i, name.put(), nullptr, nullptr, nullptr);
+        f.interfaces.push_back({name.str(), guidText(iid)});
     }
     return true;
 }
 
-}  // namespace
+std::vector<RegistryEntry> registrationEntries(const RegistrationFacts& lib, const std::wstring& dllPath,
+                                               const std::wstring& helpDir, const wchar_t* platform) {
+    std::vector<RegistryEntry> out;
+    auto add = [&](const std::wstring& key, const wchar_t* name, const std::wstring& value) {
+        out.push_back({key, name ? name : L"", value});
+    };
+    for (const RegistrationFacts::Class& c : lib.classes) {
+        const std::wstring clsidKey = L"CLSID\\" + c.clsid;
+        add(c.progId, nullptr, c.name);
+        add(c.progId + L"\\CLSID", nullptr, c.clsid);
+        add(clsidKey, nullptr, c.name);
+        add(clsidKey + L"\\InprocServer32", nullptr, dllPath);
+        add(clsidKey + L"\\InprocServer32", L"ThreadingModel", L"Apartment");
+        add(clsidKey + L"\\ProgID", nullptr, c.progId);
+        add(clsidKey + L"\\VersionIndependentProgID", nullptr, c.progId);
+        add(clsidKey + L"\\TypeLib", nullptr, lib.libid);
+        add(clsidKey + L"\\Version", nullptr, lib.version);
+    }
+    for (const RegistrationFacts::Interface& i : lib.interfaces) {
+        const std::wstring key = L"Interface\\" + i.iid;
+        add(key, nullptr, i.name);
+        add(key + L"\\ProxyStubClsid", nullptr, kAutomationMarshaler);
+        add(key + L"\\ProxyStubClsid32", nullptr, kAutomationMarshaler);
+        add(key + L"\\TypeLib", nullptr, lib.libid);
+        add(key + L"\\TypeLib", L"Version", lib.version);
+    }
+    const std::wstring libKey = L"TypeLib\\" + lib.libid + L"\\" + lib.version;
+    add(libKey, nullptr, lib.help);
+    add(libKey + L"\\0\\" + platform, nullptr, dllPath);
+    add(libKey + L"\\FLAGS", nullptr, L"0");
+    add(libKey + L"\\HELPDIR", nullptr, helpDir);
+    return out;
+}
 
 HRESULT registerServer(RegistrationScope scope) {
-    LibraryFacts lib;
-    if (!libraryFacts(lib)) return SELFREG_E_TYPELIB;
+    RegistrationFacts lib;
+    if (!registrationFacts(typeLibrary(), lib)) return SELFREG_E_TYPELIB;
     const std::wstring path = modulePath();
     if (path.empty()) return SELFREG_E_CLASS;
     RegKey root;
     LONG rc = openRoot(scope, root);
     if (rc != ERROR_SUCCESS) return HRESULT_FROM_WIN32(rc);
-
-    bool classesOk = forEachRegisteredClass([&](const ClassEntry& e, const std::wstring& progId,
-                                                const std::wstring& clsidKey) {
-        const std::wstring clsid = guidText(*e.clsid);
+    const std::wstring dir = path.substr(0, path.find_last_of(L'\\'));
+    for (const RegistryEntry& e : registrationEntries(lib, path, dir, kPlatform)) {
         RegKey k;
-        return k.create(root.get(), progId) == ERROR_SUCCESS && k.set(nullptr, e.name) == ERROR_SUCCESS &&
-               k.create(root.get(), progId + L"\\CLSID") == ERROR_SUCCESS && k.set(nullptr, clsid) == ERROR_SUCCESS &&
-               k.create(root.get(), clsidKey) == ERROR_SUCCESS && k.set(nullptr, e.name) == ERROR_SUCCESS &&
-               k.create(root.get(), clsidKey + L"\\InprocServer32") == ERROR_SUCCESS &&
-               k.set(nullptr, path) == ERROR_SUCCESS && k.set(L"ThreadingModel", L"Apartment") == ERROR_SUCCESS &&
-               k.create(root.get(), clsidKey + L"\\ProgID") == ERROR_SUCCESS && k.set(nullptr, progId) == ERROR_SUCCESS &&
-               k.create(root.get(), clsidKey + L"\\VersionIndependentProgID") == ERROR_SUCCESS &&
-               k.set(nullptr, progId) == ERROR_SUCCESS &&
-               k.create(root.get(), clsidKey + L"\\TypeLib") == ERROR_SUCCESS && k.set(nullptr, lib.libid) == ERROR_SUCCESS &&
-               k.create(root.get(), clsidKey + L"\\Version") == ERROR_SUCCESS && k.set(nullptr, lib.version) == ERROR_SUCCESS;
-    });
-    if (!classesOk) return SELFREG_E_CLASS;
-
-    bool ok = true;
-    forEachInterface([&](REFGUID iid, const std::wstring& name) {
-        const std::wstring key = L"Interface\\" + guidText(iid);
-        RegKey k;
-        ok = ok && k.create(root.get(), key) == ERROR_SUCCESS && k.set(nullptr, name) == ERROR_SUCCESS &&
-             k.create(root.get(), key + L"\\ProxyStubClsid") == ERROR_SUCCESS && k.set(nullptr, kAutomationMarshaler) == ERROR_SUCCESS &&
-             k.create(root.get(), key + L"\\ProxyStubClsid32") == ERROR_SUCCESS && k.set(nullptr, kAutomationMarshaler) == ERROR_SUCCESS &&
-             k.create(root.get(), key + L"\\TypeLib") == ERROR_SUCCESS && k.set(nullptr, lib.libid) == ERROR_SUCCESS &&
-             k.set(L"Version", lib.version) == ERROR_SUCCESS;
-    });
-    if (!ok) return SELFREG_E_TYPELIB;
-
-    const std::wstring libKey = L"TypeLib\\" + lib.libid + L"\\" + lib.version;
-    std::wstring dir = path.substr(0, path.find_last_of(L'\\'));
-    RegKey k;
-    ok = k.create(root.get(), libKey) == ERROR_SUCCESS && k.set(nullptr, lib.help) == ERROR_SUCCESS &&
-         k.create(root.get(), libKey + L"\\0\\" + kPlatform) == ERROR_SUCCESS && k.set(nullptr, path) == ERROR_SUCCESS &&
-         k.create(root.get(), libKey + L"\\FLAGS") == ERROR_SUCCESS && k.set(nullptr, L"0") == ERROR_SUCCESS &&
-         k.create(root.get(), libKey + L"\\HELPDIR") == ERROR_SUCCESS && k.set(nullptr, dir) == ERROR_SUCCESS;
-    return ok ? S_OK : SELFREG_E_TYPELIB;
+        LONG err = k.create(root.get(), e.key);
+        if (err == ERROR_SUCCESS) err = k.set(e.name.empty() ? nullptr : e.name.c_str(), e.value);
+        if (err != ERROR_SUCCESS) return HRESULT_FROM_WIN32(err);
+    }
+    return S_OK;
 }
 
 HRESULT unregisterServer(RegistrationScope scope) {
-    LibraryFacts lib;
-    if (!libraryFacts(lib)) return SELFREG_E_TYPELIB;
+    RegistrationFacts lib;
+    if (!registrationFacts(typeLibrary(), lib)) return SELFREG_E_TYPELIB;
     RegKey root;
     LONG rc = openRoot(scope, root);
     if (rc != ERROR_SUCCESS) return HRESULT_FROM_WIN32(rc);
 
-    forEachRegisteredClass([&](const ClassEntry&, const std::wstring& progId, const std::wstring& clsidKey) {
-        RegDeleteTreeW(root.get(), progId.c_str());
-        RegDeleteTreeW(root.get(), clsidKey.c_str());
-        return true;
-    });
-    forEachInterface([&](REFGUID iid, const std::wstring&) {
-        RegDeleteTreeW(root.get(), (L"Interface\\" + guidText(iid)).c_str());
-    });
+    for (const RegistrationFacts::Class& c : lib.classes) {
+        RegDeleteTreeW(root.get(), c.progId.c_str());
+        RegDeleteTreeW(root.get(), (L"CLSID\\" + c.clsid).c_str());
+    }
+    for (const RegistrationFacts::Interface& i : lib.interfaces)
+        RegDeleteTreeW(root.get(), (L"Interface\\" + i.iid).c_str());
 
     // The type library's key may also hold the other bitness's registration.
     const std::wstring libRoot = L"TypeLib\\" + lib.libid;
