@@ -1,66 +1,14 @@
 #!/bin/sh
 # Drives the registered DLL as its users do, with the platform's own tools.
 #   acceptance.sh PREFIX BITS DLL CASE CLIENT_EXE
-# CASE: registration | user_registration | latebound | vbscript | jscript, or a
+# CASE: registration | user_registration | registration_free | latebound |
+# vbscript | jscript, or a
 # script case NAME_vbscript running tests/scripts/NAME.vbs (see the end).
 # BITS 32 uses the 32-bit system programs (syswow64) of the 64-bit prefix.
 # Exits 0 on success, 1 on failure, 77 when this machine cannot run BITS.
 prefix=$1 bits=$2 dll=$3 case=$4 client=$5
 [ $# -ge 4 ] || { echo "usage: acceptance.sh PREFIX BITS DLL CASE [CLIENT_EXE]" >&2; exit 2; }
-here=$(cd "$(dirname "$0")" && pwd)
-wine_run=$here/../cmake/wine-run.sh
-
-CLSID_RECTANGLE='{6DC90197-D0A5-40D0-902B-93CCC0174361}'
-LIBID='{42A85E29-D8AA-46DB-8A1E-05723950D28C}'
-LIBVERSION=1.16   # 1.22 as the registry spells it: hexadecimal
-if [ "$bits" = 32 ]; then sys='C:\windows\syswow64' platform=win32; else sys='C:\windows\system32' platform=win64; fi
-HKLM_CLASSES='HKLM\Software\Classes'
-HKCU_CLASSES='HKCU\Software\Classes'
-
-# Linux path -> the path Wine programs see (drive Z: is the root).
-winpath() {
-    case "$1" in /*) p=$1 ;; *) p=$(pwd)/$1 ;; esac
-    printf 'Z:%s\n' "$p" | sed 's|/|\\|g'
-}
-
-# The cases register and unregister in a prefix that other runs share: anyone
-# who changes its registration takes this lock too (ctest's RESOURCE_LOCK only
-# orders the tests of one ctest run).
-mkdir -p "$(dirname "$prefix")"
-exec 8>"$prefix.registry.lock"
-flock -w 600 8 || { echo "FAIL: could not lock $prefix.registry.lock"; exit 1; }
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-out=$work/out.txt
-failed=0
-pass() { printf "ok:   %s\n" "$*"; }
-fail() { printf "FAIL: %s\n" "$*"; failed=1; }
-
-# Runs a Windows program; its output (CR stripped) lands in $out. Gives up
-# with 77 when this machine cannot run BITS.
-win() {
-    "$wine_run" "$prefix" "$bits" "$@" >"$out" 2>&1
-    rc=$?
-    tr -d '\r' <"$out" >"$out.tmp" && mv "$out.tmp" "$out"
-    if [ $rc -eq 77 ]; then cat "$out"; exit 77; fi
-    return $rc
-}
-
-reg() { win "$sys\\reg.exe" "$@"; }
-regsvr32() { win "$sys\\regsvr32.exe" "$@"; }
-key_exists() { reg query "$1" >/dev/null 2>&1; }
-# The data of a REG_SZ value (the default value without a name).
-reg_value() {
-    if [ -z "$2" ]; then reg query "$1" /ve || return 1; name='(Default)'; else reg query "$1" /v "$2" || return 1; name=$2; fi
-    sed -n "s/^ *$name *REG_SZ *//p" "$out" | head -n 1
-}
-upper() { printf '%s' "$1" | tr '[:lower:]' '[:upper:]'; }
-expect_value() {   # KEY NAME EXPECTED DESCRIPTION (case-insensitive comparison)
-    got=$(reg_value "$1" "$2")
-    if [ "$(upper "$got")" = "$(upper "$3")" ]; then pass "$4"; else fail "$4: got '$got', expected '$3'"; fi
-}
-last_line() { grep -v '^[[:space:]]*$' "$1" | tail -n 1; }
+. "$(cd "$(dirname "$0")" && pwd)/wine_lib.sh"
 
 dllwin=$(winpath "$dll")
 clientwin=$(winpath "${client:-none}")
@@ -79,26 +27,6 @@ register() {
 }
 unregister() {
     if regsvr32 /u /s "$dllwin"; then pass "regsvr32 /u /s TOVA200.DLL"; else fail "regsvr32 /u /s TOVA200.DLL (exit $rc)"; fi
-}
-
-export_classes() {   # SUFFIX: both class roots into $work/{hklm,hkcu}.SUFFIX.reg
-    for hive in hklm hkcu; do
-        if [ $hive = hklm ]; then key=$HKLM_CLASSES; else key=$HKCU_CLASSES; fi
-        reg export "$key" "$(winpath "$work/$hive.$1.reg")" /y ||
-            { fail "reg export $key"; cat "$out"; }
-    done
-}
-
-compare_exports() {
-    for hive in hklm hkcu; do
-        if cmp -s "$work/$hive.before.reg" "$work/$hive.after.reg"; then
-            pass "$hive classes after unregistration identical to before registration"
-        else
-            fail "$hive classes differ after unregistration:"
-            for f in before after; do iconv -f UTF-16 -t UTF-8 "$work/$hive.$f.reg" >"$work/$hive.$f.txt" 2>/dev/null; done
-            diff -u "$work/$hive.before.txt" "$work/$hive.after.txt" | head -n 60
-        fi
-    done
 }
 
 # Registration round trip in one scope: machine or user.
@@ -157,13 +85,47 @@ client_case() {
     if [ "$(last_line "$work/client.txt")" = "$success" ]; then pass "last line is '$success'"; else fail "last line is not '$success' (exit $rc_client)"; fi
 }
 
+# Use without registration, in a prefix where nothing is registered: the client
+# activates the DLL's manifest (from the DLL, then from the manifest file beside
+# it), then runs as an application whose own manifest names the DLL's assembly,
+# with a copy of the DLL beside it. Every class by CLSID and ProgID, events,
+# and the registry as before.
+free_run() {   # DESCRIPTION EXE ARGS...
+    what=$1; shift
+    # shellcheck disable=SC2086  # one ProgID a word
+    win "$@" $progids
+    if [ "$(last_line "$out")" = "latebound client: OK" ]; then pass "without registration, through $what"
+    else fail "without registration, through $what:"; grep -v '^ok' "$out"; fi
+}
+registration_free_case() {
+    clean_start
+    export_classes before
+    progids=$(sed -n 's|.*Key="Software\\Classes\\\(TOVA32\.[A-Za-z]*\)".*|\1|p' "$here/../installer/registry32.wxi")
+    manifest=${dll%.DLL}.manifest
+    app=$work/app
+    mkdir -p "$app"
+    cp "$client" "$dll" "$app/"
+    { echo '<?xml version="1.0" encoding="UTF-8" standalone="yes"?>'
+      echo '<assembly xmlns="urn:schemas-microsoft-com:asm.v1" manifestVersion="1.0">'
+      echo '  <dependency><dependentAssembly>'
+      grep -o '<assemblyIdentity [^>]*>' "$manifest"
+      echo '  </dependentAssembly></dependency>'
+      echo '</assembly>'; } >"$app/$(basename "$client").manifest"
+    free_run "the DLL's manifest" "$clientwin" --activation-context "$dllwin"
+    free_run "the manifest file" "$clientwin" --activation-context "$(winpath "$manifest")"
+    free_run "the application's manifest" "$(winpath "$app/$(basename "$client")")" --manifest
+    export_classes after
+    compare_exports
+}
+
 [ -f "$dll" ] || { echo "FAIL: no DLL at $dll"; exit 1; }
 case $case in
-registration | user_registration | latebound) [ -f "$client" ] || { echo "FAIL: no client at '$client'"; exit 1; } ;;
+registration | user_registration | latebound | registration_free) [ -f "$client" ] || { echo "FAIL: no client at '$client'"; exit 1; } ;;
 esac
 case $case in
 registration) registration_case machine ;;
 user_registration) registration_case user ;;
+registration_free) registration_free_case ;;
 vbscript) client_case "rectangle.vbs: OK" "$sys\\cscript.exe" //nologo "$(winpath "$here/scripts/rectangle.vbs")" ;;
 jscript) client_case "rectangle.js: OK" "$sys\\cscript.exe" //nologo "$(winpath "$here/scripts/rectangle.js")" ;;
 latebound) client_case "latebound client: OK" "$clientwin" ;;

@@ -4,6 +4,13 @@
 //
 //   latebound_client            runs every check, last line "latebound client: OK"
 //   latebound_client --create   only creates the three classes by ProgID
+//   latebound_client --activation-context DLL_OR_MANIFEST PROGID...
+//       without registration: activates the DLL's own manifest (or the same as
+//       a file), creates every class named by CLSID and by ProgID, then runs
+//       every check
+//   latebound_client --manifest PROGID...
+//       the same through the manifest of this program (latebound_client.exe.manifest
+//       beside it, naming the DLL's assembly) instead
 #include <windows.h>
 #include <ole2.h>
 #include <oleauto.h>
@@ -11,6 +18,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <vector>
 
 namespace {
@@ -367,6 +375,84 @@ void globalChecks() {
     }
 }
 
+// True when the object describes itself by the interface `name`.
+bool isA(IDispatch* d, const std::wstring& name) {
+    ITypeInfo* info = nullptr;
+    BSTR got = nullptr;
+    bool same = SUCCEEDED(d->GetTypeInfo(0, 0, &info)) && info &&
+                SUCCEEDED(info->GetDocumentation(MEMBERID_NIL, &got, nullptr, nullptr, nullptr)) && got &&
+                name == got;
+    SysFreeString(got);
+    if (info) info->Release();
+    return same;
+}
+
+// The library's identity, as a host that binds early asks for it.
+const GUID kLibId = {0x42A85E29, 0xD8AA, 0x46DB, {0x8A, 0x1E, 0x05, 0x72, 0x39, 0x50, 0xD2, 0x8C}};
+
+// Every class named, through the activation context in force: its CLSID as the
+// type library (found by its registered identity) gives it and as its ProgID
+// resolves, then an object by each.
+void createEveryClass(int count, char** progIds) {
+    ITypeLib* lib = nullptr;
+    check(SUCCEEDED(LoadRegTypeLib(kLibId, 1, 22, 0, &lib)) && lib, "the type library found by its LIBID 1.22");
+    for (int i = 0; i < count && lib; ++i) {
+        wchar_t progId[100];
+        MultiByteToWideChar(CP_ACP, 0, progIds[i], -1, progId, 100);
+        std::string what = progIds[i];
+        wchar_t* name = progId + 7;  // after "TOVA32."
+        CLSID fromLib = CLSID_NULL;
+        for (UINT t = 0, n = lib->GetTypeInfoCount(); t < n; ++t) {
+            TYPEKIND kind;
+            BSTR typeName = nullptr;
+            if (SUCCEEDED(lib->GetTypeInfoType(t, &kind)) && kind == TKIND_COCLASS &&
+                SUCCEEDED(lib->GetDocumentation(t, &typeName, nullptr, nullptr, nullptr)) &&
+                lstrcmpW(typeName, name) == 0) {
+                ITypeInfo* info = nullptr;
+                TYPEATTR* attr = nullptr;
+                if (SUCCEEDED(lib->GetTypeInfo(t, &info)) && SUCCEEDED(info->GetTypeAttr(&attr))) {
+                    fromLib = attr->guid;
+                    info->ReleaseTypeAttr(attr);
+                }
+                if (info) info->Release();
+            }
+            SysFreeString(typeName);
+        }
+        check(fromLib != CLSID_NULL, (what + ": a class of the type library").c_str());
+        // Through an activation context a ProgID may resolve to an alias that
+        // the context maps to the class: what counts is the object it makes.
+        const std::wstring interfaceName = std::wstring(L"_") + name;
+        IDispatch* d = nullptr;
+        check(SUCCEEDED(CoCreateInstance(fromLib, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
+                                         reinterpret_cast<void**>(&d))) && d && isA(d, interfaceName),
+              (what + ": created by CLSID").c_str());
+        if (d) d->Release();
+        d = create(progId);
+        check(d && isA(d, interfaceName), (what + ": created by ProgID").c_str());
+        if (d) d->Release();
+    }
+    if (lib) lib->Release();
+}
+
+// Creates the activation context of the assembly manifest that the DLL carries
+// as resource 1, or of a manifest file.
+HANDLE createContext(const char* source) {
+    wchar_t path[MAX_PATH];
+    MultiByteToWideChar(CP_ACP, 0, source, -1, path, MAX_PATH);
+    const size_t n = std::strlen(source);
+    const bool file = n > 9 && lstrcmpiA(source + n - 9, ".manifest") == 0;
+    ACTCTXW ctx = {};
+    ctx.cbSize = sizeof ctx;
+    ctx.lpSource = path;
+    if (!file) {
+        ctx.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID;
+        ctx.lpResourceName = MAKEINTRESOURCEW(1);
+    }
+    HANDLE h = CreateActCtxW(&ctx);
+    check(h != INVALID_HANDLE_VALUE, file ? "CreateActCtx from the manifest file" : "CreateActCtx from the DLL's manifest");
+    return h;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -375,6 +461,18 @@ int main(int argc, char** argv) {
         return 1;
     }
     int rc;
+    const bool fromDll = argc > 2 && std::strcmp(argv[1], "--activation-context") == 0;
+    const bool fromExe = argc > 1 && std::strcmp(argv[1], "--manifest") == 0;
+    HANDLE context = INVALID_HANDLE_VALUE;
+    ULONG_PTR cookie = 0;
+    if (fromDll) {
+        context = createContext(argv[2]);
+        if (context != INVALID_HANDLE_VALUE) check(ActivateActCtx(context, &cookie) != FALSE, "ActivateActCtx");
+    }
+    if (fromDll || fromExe) {
+        const int first = fromDll ? 3 : 2;
+        createEveryClass(argc - first, argv + first);
+    }
     if (argc > 1 && std::strcmp(argv[1], "--create") == 0) {
         rc = createOnly();
     } else {
@@ -389,6 +487,8 @@ int main(int argc, char** argv) {
         else std::printf("latebound client: %d check(s) failed\n", failures);
         rc = failures ? 1 : 0;
     }
+    if (cookie) DeactivateActCtx(0, cookie);
+    if (context != INVALID_HANDLE_VALUE) ReleaseActCtx(context);
     CoUninitialize();
     return rc;
 }
