@@ -7,6 +7,8 @@ pkgs=(wine wine32:i386 wine64 libwine-dev g++-mingw-w64-i686 g++-mingw-w64-x86-6
       mingw-w64-tools cmake ninja-build googletest xvfb xauth)
 # Reference JPEG files for the JPEG tests and the codec benchmark (cjpeg, djpeg).
 pkgs+=(libjpeg-turbo-progs)
+# The installer packages: wixl builds them, msibuild finishes their tables.
+pkgs+=(wixl msitools)
 # Sound tests: a null sink whose monitor is recorded and measured.
 pkgs+=(pulseaudio pulseaudio-utils sox)
 

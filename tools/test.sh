@@ -10,6 +10,9 @@ tools/wine-prefix.sh "$prefix"
 # One server for the whole run: left to itself it exits a few seconds after
 # each program, and a program starting just then loses its connection
 # ("recvmsg: Connection reset by peer").
+# A server left by earlier programs cannot be made persistent: end it first.
+WINEPREFIX="$prefix" wineserver -k 2>/dev/null || true
+WINEPREFIX="$prefix" timeout 60 wineserver -w 2>/dev/null || true
 WINEPREFIX="$prefix" wineserver -p
 status=0
 for b in 32 64; do
