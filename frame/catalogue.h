@@ -32,6 +32,7 @@ namespace tova {
     X(DIBSection, Creatable)      \
     X(JPEGMethods, Global)        \
     X(AlphaDIBSection, Creatable) \
+    X(FileMethods, Global)        \
     /* end of the list */
 
 struct ClassEntry {

@@ -95,6 +95,53 @@
 #undef DT_METAFILE
 #undef DT_DISPFILE
 
+// The file attribute and drive type constants keep their Win32 macros after the
+// header: code that tests a DWORD against them stays unsigned.
+#pragma push_macro("FILE_ATTRIBUTE_READONLY")
+#undef FILE_ATTRIBUTE_READONLY
+#pragma push_macro("FILE_ATTRIBUTE_HIDDEN")
+#undef FILE_ATTRIBUTE_HIDDEN
+#pragma push_macro("FILE_ATTRIBUTE_SYSTEM")
+#undef FILE_ATTRIBUTE_SYSTEM
+#pragma push_macro("FILE_ATTRIBUTE_DIRECTORY")
+#undef FILE_ATTRIBUTE_DIRECTORY
+#pragma push_macro("FILE_ATTRIBUTE_ARCHIVE")
+#undef FILE_ATTRIBUTE_ARCHIVE
+#pragma push_macro("FILE_ATTRIBUTE_DEVICE")
+#undef FILE_ATTRIBUTE_DEVICE
+#pragma push_macro("FILE_ATTRIBUTE_NORMAL")
+#undef FILE_ATTRIBUTE_NORMAL
+#pragma push_macro("FILE_ATTRIBUTE_TEMPORARY")
+#undef FILE_ATTRIBUTE_TEMPORARY
+#pragma push_macro("FILE_ATTRIBUTE_SPARSE_FILE")
+#undef FILE_ATTRIBUTE_SPARSE_FILE
+#pragma push_macro("FILE_ATTRIBUTE_REPARSE_POINT")
+#undef FILE_ATTRIBUTE_REPARSE_POINT
+#pragma push_macro("FILE_ATTRIBUTE_COMPRESSED")
+#undef FILE_ATTRIBUTE_COMPRESSED
+#pragma push_macro("FILE_ATTRIBUTE_OFFLINE")
+#undef FILE_ATTRIBUTE_OFFLINE
+#pragma push_macro("FILE_ATTRIBUTE_NOT_CONTENT_INDEXED")
+#undef FILE_ATTRIBUTE_NOT_CONTENT_INDEXED
+#pragma push_macro("FILE_ATTRIBUTE_ENCRYPTED")
+#undef FILE_ATTRIBUTE_ENCRYPTED
+#pragma push_macro("INVALID_FILE_ATTRIBUTES")
+#undef INVALID_FILE_ATTRIBUTES
+#pragma push_macro("DRIVE_UNKNOWN")
+#undef DRIVE_UNKNOWN
+#pragma push_macro("DRIVE_NO_ROOT_DIR")
+#undef DRIVE_NO_ROOT_DIR
+#pragma push_macro("DRIVE_REMOVABLE")
+#undef DRIVE_REMOVABLE
+#pragma push_macro("DRIVE_FIXED")
+#undef DRIVE_FIXED
+#pragma push_macro("DRIVE_REMOTE")
+#undef DRIVE_REMOTE
+#pragma push_macro("DRIVE_CDROM")
+#undef DRIVE_CDROM
+#pragma push_macro("DRIVE_RAMDISK")
+#undef DRIVE_RAMDISK
+
 #define RECT TOVA_RECT
 #define Rectangle TOVA_Rectangle
 #define Polygon TOVA_Polygon
@@ -102,5 +149,27 @@
 #undef Polygon
 #undef Rectangle
 #undef RECT
+#pragma pop_macro("FILE_ATTRIBUTE_READONLY")
+#pragma pop_macro("FILE_ATTRIBUTE_HIDDEN")
+#pragma pop_macro("FILE_ATTRIBUTE_SYSTEM")
+#pragma pop_macro("FILE_ATTRIBUTE_DIRECTORY")
+#pragma pop_macro("FILE_ATTRIBUTE_ARCHIVE")
+#pragma pop_macro("FILE_ATTRIBUTE_DEVICE")
+#pragma pop_macro("FILE_ATTRIBUTE_NORMAL")
+#pragma pop_macro("FILE_ATTRIBUTE_TEMPORARY")
+#pragma pop_macro("FILE_ATTRIBUTE_SPARSE_FILE")
+#pragma pop_macro("FILE_ATTRIBUTE_REPARSE_POINT")
+#pragma pop_macro("FILE_ATTRIBUTE_COMPRESSED")
+#pragma pop_macro("FILE_ATTRIBUTE_OFFLINE")
+#pragma pop_macro("FILE_ATTRIBUTE_NOT_CONTENT_INDEXED")
+#pragma pop_macro("FILE_ATTRIBUTE_ENCRYPTED")
+#pragma pop_macro("INVALID_FILE_ATTRIBUTES")
+#pragma pop_macro("DRIVE_UNKNOWN")
+#pragma pop_macro("DRIVE_NO_ROOT_DIR")
+#pragma pop_macro("DRIVE_REMOVABLE")
+#pragma pop_macro("DRIVE_FIXED")
+#pragma pop_macro("DRIVE_REMOTE")
+#pragma pop_macro("DRIVE_CDROM")
+#pragma pop_macro("DRIVE_RAMDISK")
 
 static_assert(sizeof(TOVA_RECT) == 16 && sizeof(POINTAPI) == 8, "records keep the Win32 layout");

@@ -1,0 +1,58 @@
+#include "long_paths.h"
+
+#include "../frame/library_frame.h"
+
+namespace tova {
+namespace files {
+
+namespace {
+
+bool hasPrefix(const std::wstring& p) { return p.compare(0, 4, L"\\\\?\\") == 0; }
+
+}  // namespace
+
+std::wstring apiPath(const std::wstring& path, bool creatingFolder) {
+    if (path.empty() || path.find_first_of(L"*?") != std::wstring::npos) return {};
+    if (hasPrefix(path)) return path;
+    DWORD n = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    if (n == 0) return {};
+    std::wstring full(n, L'\0');
+    n = GetFullPathNameW(path.c_str(), n, &full[0], nullptr);
+    if (n == 0 || n >= full.size()) return {};
+    full.resize(n);
+    const size_t limit = creatingFolder ? 247 : 259;
+    if (full.size() <= limit) return full;
+    if (full.compare(0, 2, L"\\\\") == 0) return L"\\\\?\\UNC\\" + full.substr(2);
+    return L"\\\\?\\" + full;
+}
+
+std::wstring callerPath(const std::wstring& computed, const std::wstring& caller) {
+    if (hasPrefix(caller) || !hasPrefix(computed)) return computed;
+    if (computed.compare(0, 8, L"\\\\?\\UNC\\") == 0) return L"\\\\" + computed.substr(8);
+    return computed.substr(4);
+}
+
+bool hasInvalidNameCharacter(const std::wstring& text) {
+    for (wchar_t c : text)
+        if (c < 32 || wcschr(L"\\/:*?\"<>|", c)) return true;
+    return false;
+}
+
+void requireValidName(const std::wstring& name) {
+    if (name.empty() || name == L"." || name == L".." || hasInvalidNameCharacter(name)) raise(kInvalidArgument);
+}
+
+void toVariantArray(const std::vector<std::wstring>& items, VARIANT* out) {
+    SafeArray sa(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(items.size())));
+    if (!sa.get()) raise(kOutOfMemory);
+    for (LONG i = 0; i < static_cast<LONG>(items.size()); ++i) {
+        Variant v(items[i].c_str());
+        if (FAILED(SafeArrayPutElement(sa.get(), &i, &v))) raise(kOutOfMemory);
+    }
+    VariantInit(out);
+    V_VT(out) = VT_ARRAY | VT_VARIANT;
+    V_ARRAY(out) = sa.detach();
+}
+
+}  // namespace files
+}  // namespace tova

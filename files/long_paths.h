@@ -1,0 +1,35 @@
+// Paths as the wide file functions take them, and the checks every
+// FileMethods member shares: any length (\\?\ beyond the classic limit),
+// an empty path or a wildcard naming nothing, names that must be valid.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <windows.h>
+#include <oleauto.h>
+
+namespace tova {
+namespace files {
+
+// `path` qualified against the current folder (GetFullPathNameW) and, beyond
+// 259 characters (247 for a folder about to be created), in the \\?\ or
+// \\?\UNC\ form. Empty for an empty path, a path holding * or ?, or one that
+// cannot be qualified: callers treat that as "nothing there".
+std::wstring apiPath(const std::wstring& path, bool creatingFolder = false);
+
+// A path the library computed, in the form the caller used: without the
+// \\?\ prefix unless `callerPath` had it.
+std::wstring callerPath(const std::wstring& computed, const std::wstring& callerPath);
+
+// Raises 5 unless `name` is a valid last component: not empty, not . or ..,
+// without \ / : * ? " < > | or control characters.
+void requireValidName(const std::wstring& name);
+// The same test, without raising: for parts (prefixes, extensions) that may be empty.
+bool hasInvalidNameCharacter(const std::wstring& text);
+
+// A zero-based Variant array of Strings (no elements for an empty list).
+void toVariantArray(const std::vector<std::wstring>& items, VARIANT* out);
+
+}  // namespace files
+}  // namespace tova
