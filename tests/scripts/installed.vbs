@@ -41,6 +41,7 @@ Function Probe(o, name)
     Case "SystemVersionInfo": Probe = (o.Platform >= 0)
     Case "MemoryDC", "DIBSection", "AlphaDIBSection": Probe = (o.Width = 0)
     Case "JPEGMethods": Probe = Not o.LoadJPG(Nothing, "Z:\no\such.jpg")
+    Case "FileMethods": Probe = Not o.FileExists("Z:\no\such\file")
     Case Else: Probe = Empty
     End Select
 End Function
