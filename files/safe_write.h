@@ -10,6 +10,8 @@
 #include <functional>
 #include <string>
 
+#include <windows.h>
+
 namespace tova {
 namespace files {
 
@@ -21,6 +23,19 @@ bool writeWholeFile(const std::wstring& target, const void* data, size_t size, b
 // the temporary file's path and returns False to abandon (a copy fills it
 // with CopyFileExW).
 bool replaceWith(const std::wstring& target, bool overwrite, const std::function<bool(const std::wstring&)>& fill);
+
+// Flushes a file written by other means (a copy filling the temporary file).
+bool flushFile(const std::wstring& path);
+
+namespace detail {
+// The platform calls of the swap, replaceable so that tests can make each
+// step fail the ways the platform can.
+struct ReplaceCalls {
+    BOOL(WINAPI* replaceFile)(LPCWSTR, LPCWSTR, LPCWSTR, DWORD, LPVOID, LPVOID);
+    BOOL(WINAPI* moveFile)(LPCWSTR, LPCWSTR, DWORD);
+};
+ReplaceCalls& replaceCalls();
+}  // namespace detail
 
 }  // namespace files
 }  // namespace tova
