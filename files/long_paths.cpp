@@ -12,7 +12,7 @@ bool hasPrefix(const std::wstring& p) { return p.compare(0, 4, L"\\\\?\\") == 0;
 }  // namespace
 
 std::wstring apiPath(const std::wstring& path, bool creatingFolder) {
-    if (path.empty() || path.find_first_of(L"*?") != std::wstring::npos) return {};
+    if (path.empty() || path.find_first_of(L"*?", hasPrefix(path) ? 4 : 0) != std::wstring::npos) return {};
     if (hasPrefix(path)) return path;
     DWORD n = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
     if (n == 0) return {};
