@@ -32,6 +32,15 @@ long encoding(TextEncodingConstants e) {
     return v;
 }
 
+// A Double declared as a Variant: the type library cannot hold a Double's
+// default. Missing is 0; what does not convert is a type mismatch.
+double number(const VARIANT& v) {
+    if (isMissing(&v)) return 0;
+    Variant d;
+    if (FAILED(VariantChangeType(&d, const_cast<VARIANT*>(&v), 0, VT_R8))) raise(kTypeMismatch);
+    return V_R8(&d);
+}
+
 // A one-dimensional Byte array, directly or by reference; anything else is a type mismatch.
 SAFEARRAY* byteArray(VARIANT* v) {
     while (V_VT(v) == (VT_BYREF | VT_VARIANT)) v = V_VARIANTREF(v);
@@ -261,11 +270,12 @@ STDMETHODIMP FileMethods::CountLines(BSTR* FileName, LONG* pRet) {
     });
 }
 
-STDMETHODIMP FileMethods::ReadBinaryFile(BSTR* FileName, double Offset, LONG Length, VARIANT* pRet) {
+STDMETHODIMP FileMethods::ReadBinaryFile(BSTR* FileName, VARIANT Offset, LONG Length, VARIANT* pRet) {
     return guard([&] {
-        if (!(Offset >= 0) || Length < -1) raise(kInvalidArgument);
+        const double offset = number(Offset);
+        if (!(offset >= 0) || Length < -1) raise(kInvalidArgument);
         VariantInit(required(pRet));
-        files::readBinary(text(FileName), Offset, Length, pRet);
+        files::readBinary(text(FileName), offset, Length, pRet);
     });
 }
 

@@ -45,7 +45,7 @@ public:
     STDMETHODIMP WriteTextFile(BSTR* FileName, BSTR* Text, TextEncodingConstants Encoding, VARIANT_BOOL Overwrite, VARIANT_BOOL* pRet) override;
     STDMETHODIMP AppendLine(BSTR* FileName, BSTR* Text, TextEncodingConstants Encoding, VARIANT_BOOL* pRet) override;
     STDMETHODIMP CountLines(BSTR* FileName, LONG* pRet) override;
-    STDMETHODIMP ReadBinaryFile(BSTR* FileName, double Offset, LONG Length, VARIANT* pRet) override;
+    STDMETHODIMP ReadBinaryFile(BSTR* FileName, VARIANT Offset, LONG Length, VARIANT* pRet) override;
     STDMETHODIMP WriteBinaryFile(BSTR* FileName, VARIANT* Data, VARIANT_BOOL Overwrite, VARIANT_BOOL* pRet) override;
     STDMETHODIMP CompareFiles(BSTR* FileName1, BSTR* FileName2, VARIANT_BOOL* pRet) override;
     STDMETHODIMP GetFileHash(BSTR* FileName, HashAlgorithmConstants Algorithm, BSTR* pRet) override;

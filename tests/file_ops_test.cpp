@@ -15,6 +15,7 @@
 #include <vector>
 
 using namespace tova;
+using namespace test;
 
 namespace {
 
@@ -344,4 +345,59 @@ TEST(FileOps, RecycleBinNeverDeletesPermanently) {
 #ifdef TOVA_TRASH
     EXPECT_EQ("r", readRaw(std::wstring(TOVA_TRASH) + L"\\recycled.txt")) << "in the recycle bin";
 #endif
+}
+
+namespace {
+
+VARIANT vText(const wchar_t* s) {
+    VARIANT v;
+    VariantInit(&v);
+    V_VT(&v) = VT_BSTR;
+    V_BSTR(&v) = SysAllocString(s);
+    return v;
+}
+
+// The error a late-bound call raises (its scode's low word), 0 for none.
+long lateBoundError(IDispatch* d, const wchar_t* name, std::vector<VARIANT> args) {
+    CallResult r;
+    call(r, d, name, DISPATCH_METHOD, std::move(args));
+    if (r.hr == S_OK) return 0;
+    if (r.hr != DISP_E_EXCEPTION) ADD_FAILURE() << name << " returned " << std::hex << r.hr;
+    return r.hr == DISP_E_EXCEPTION ? HRESULT_CODE(r.excep.scode) : -1;
+}
+
+}  // namespace
+
+// Arguments wrong whatever the disk holds raise 5 (13 for Data); as script hosts pass them.
+TEST(FileMethodsClass, RaisesTheDesignedErrors) {
+    ComPtr<IDispatch> fm = create<IDispatch>(CLSID_FileMethods, IID_IDispatch);
+    ASSERT_TRUE(fm);
+    Scratch s;
+    writeRaw(s / L"a.txt", "A");
+    const std::wstring a = s / L"a.txt";
+    Variant longs = longArray({1, 2});
+    struct Case { const wchar_t* member; std::vector<VARIANT> args; long error; };
+    const Case cases[] = {
+        {L"RenameFile", {vText(a.c_str()), vText(L"b:c")}, kInvalidArgument},
+        {L"RenameFile", {vText(a.c_str()), vText(L"..")}, kInvalidArgument},
+        {L"RenameFolder", {vText(s.root().c_str()), vText(L"")}, kInvalidArgument},
+        {L"GetFileDate", {vText(a.c_str()), vLong(3)}, kInvalidArgument},
+        {L"GetFileDate", {vText(a.c_str()), vLong(8)}, kInvalidArgument},
+        {L"SetFileDate", {vText(a.c_str()), vDouble(45000), vLong(0)}, kInvalidArgument},
+        {L"SetFileDate", {vText(a.c_str()), vDouble(-200000), vLong(4)}, kInvalidArgument},
+        {L"SetAttributes", {vText(a.c_str()), vLong(-1)}, kInvalidArgument},
+        {L"ReadBinaryFile", {vText(a.c_str()), vDouble(-1)}, kInvalidArgument},
+        {L"ReadBinaryFile", {vText(a.c_str()), vDouble(0), vLong(-2)}, kInvalidArgument},
+        {L"ReadTextFile", {vText(a.c_str()), vLong(6)}, kInvalidArgument},
+        {L"GetFileHash", {vText(a.c_str()), vLong(0)}, kInvalidArgument},
+        {L"CreateTempFile", {vText(L"a/b")}, kInvalidArgument},
+        {L"MakeValidFileName", {vText(L"x"), vText(L"?")}, kInvalidArgument},
+        {L"WriteBinaryFile", {vText(a.c_str()), longs}, kTypeMismatch},
+        {L"DeleteFolder", {vText(L"C:\\")}, kInvalidArgument},
+        {L"FileExists", {vText(L"")}, 0},
+        {L"DeleteFolder", {vText(L"")}, 0},
+        {L"DeleteFiles", {vText(L""), vText(L"*")}, 0},
+    };
+    for (const Case& c : cases) EXPECT_EQ(c.error, lateBoundError(fm.get(), c.member, c.args)) << c.member;
+    EXPECT_EQ("A", readRaw(a));
 }
