@@ -1,6 +1,7 @@
 // files_demo: searches a folder tree with the registered TOVA200.DLL and draws a
 // text progress bar from the search's events; then keeps a few settings in the
-// registry and reads them back.
+// registry and reads them back; then lets FileMethods write, list, copy and
+// delete a few files in a temporary folder.
 //
 //   files_demo [folder [pattern ...]]     (default: C:\windows, *.exe *.dll)
 //
@@ -175,6 +176,43 @@ void registryDemo() {
     std::printf("  DeleteKey: %s; the demo leaves nothing behind.\n", ok ? "True" : "False");
 }
 
+void fileMethodsDemo() {
+    auto fm = create<_FileMethods>(L"TOVA32.FileMethods", IID__FileMethods);
+    std::printf("\nFileMethods in a temporary folder:\n");
+    Bstr folder, prefix(L"tovademo"), none(L"");
+    check(fm->CreateTempFolder(prefix.get(), none.get(), folder.put()), "CreateTempFolder");
+    std::printf("  CreateTempFolder: %ls\n", folder.get());
+    BSTR f = folder.get();
+    const wchar_t* names[] = {L"notes.txt", L"Gr\u00fc\u00dfe.txt", L"data.bin"};
+    for (const wchar_t* n : names) {
+        Bstr more(n), path, text(L"written through a temporary file");
+        BSTR m = more.get();
+        check(fm->CombinePath(&f, &m, path.put()), "CombinePath");
+        BSTR p = path.get(), t = text.get();
+        VARIANT_BOOL ok = VARIANT_FALSE;
+        check(fm->WriteTextFile(&p, &t, tovaEncodingUTF8, VARIANT_TRUE, &ok), "WriteTextFile");
+    }
+    Variant all(L"*");
+    Variant list;
+    check(fm->GetFiles(&f, &all, VARIANT_FALSE, VARIANT_FALSE, &list), "GetFiles");
+    std::printf("  GetFiles, sorted:");
+    for (const std::wstring& n : strings(list)) std::printf(" %ls", n.c_str());
+    std::printf("\n");
+    Bstr copyTo(std::wstring(folder.get()) + L"\\copy");
+    BSTR c = copyTo.get();
+    VARIANT_BOOL ok = VARIANT_FALSE;
+    check(fm->CopyFolder(&f, &c, VARIANT_FALSE, &ok), "CopyFolder");
+    double size = 0;
+    check(fm->GetFolderSize(&f, VARIANT_TRUE, &size), "GetFolderSize");
+    std::printf("  CopyFolder into \\copy: %s; GetFolderSize with subfolders: %.0f bytes\n", ok ? "True" : "False", size);
+    Variant txt(L"*.txt");
+    LONG deleted = 0;
+    check(fm->DeleteFiles(&f, &txt, VARIANT_TRUE, VARIANT_FALSE, VARIANT_FALSE, &deleted), "DeleteFiles");
+    std::printf("  DeleteFiles *.txt with subfolders: %ld deleted\n", deleted);
+    check(fm->DeleteFolder(&f, VARIANT_FALSE, VARIANT_FALSE, &ok), "DeleteFolder");
+    std::printf("  DeleteFolder: %s; the demo leaves nothing behind.\n", ok ? "True" : "False");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -190,6 +228,7 @@ int main(int argc, char** argv) {
     if (patterns.empty()) patterns = {L"*.exe", L"*.dll"};
     searchDemo(folder, patterns);
     registryDemo();
+    fileMethodsDemo();
     CoUninitialize();
     std::printf("files_demo: done\n");
     return 0;
