@@ -192,9 +192,7 @@ bool moveFile(const std::wstring& source, const std::wstring& destination, bool 
     const std::wstring s = apiPath(source), d = fileTarget(s, destination);
     if (!isFile(attributesOf(s)) || d.empty() || !isFolder(attributesOf(parentOf(d)))) return false;
     if (sameText(plain(s), plain(d))) return renameTo(s, d);
-    if (!isFile(attributesOf(d)) && attributesOf(d) == kNoAttributes &&
-        MoveFileExW(s.c_str(), d.c_str(), MOVEFILE_WRITE_THROUGH))
-        return true;
+    if (attributesOf(d) == kNoAttributes && MoveFileExW(s.c_str(), d.c_str(), MOVEFILE_WRITE_THROUGH)) return true;
     // Across volumes, or over an existing file: a safe copy, then the source goes.
     return copyInto(s, d, overwrite) && removeFile(s, false);
 }
