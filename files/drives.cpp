@@ -146,8 +146,9 @@ std::wstring fileVersion(const std::wstring& path) {
         !VerQueryValueW(info.data(), L"\\", reinterpret_cast<void**>(&fixed), &length) || !fixed ||
         length < sizeof(VS_FIXEDFILEINFO) || fixed->dwSignature != 0xFEEF04BD)
         return {};
-    return std::to_wstring(HIWORD(fixed->dwFileVersionMS)) + L"." + std::to_wstring(LOWORD(fixed->dwFileVersionMS)) +
-           L"." + std::to_wstring(HIWORD(fixed->dwFileVersionLS)) + L"." + std::to_wstring(LOWORD(fixed->dwFileVersionLS));
+    const DWORD ms = fixed->dwFileVersionMS, ls = fixed->dwFileVersionLS;
+    return std::to_wstring(HIWORD(ms)) + L"." + std::to_wstring(LOWORD(ms)) + L"." + std::to_wstring(HIWORD(ls)) +
+           L"." + std::to_wstring(LOWORD(ls));
 }
 
 std::wstring associatedProgram(const std::wstring& pathOrExtension) {

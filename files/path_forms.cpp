@@ -152,7 +152,8 @@ std::wstring changeExtension(const std::wstring& path, const std::wstring& newEx
     size_t dot = path.find_last_of(L'.');
     if (dot == std::wstring::npos || dot <= start || path.find_first_not_of(L'.', start) == std::wstring::npos)
         dot = path.size();
-    const std::wstring extension = !newExtension.empty() && newExtension[0] == L'.' ? newExtension.substr(1) : newExtension;
+    const bool dotted = !newExtension.empty() && newExtension[0] == L'.';
+    const std::wstring extension = dotted ? newExtension.substr(1) : newExtension;
     return path.substr(0, dot) + (extension.empty() ? L"" : L"." + extension);
 }
 
