@@ -25,16 +25,7 @@ double bytes(DWORD high, DWORD low) { return static_cast<double>((static_cast<UL
 
 // ------------------------------------------------------------------ dates
 
-// Days from 1970-01-01 of a proleptic Gregorian date, and back.
-long long daysFromCivil(long long y, unsigned m, unsigned d) {
-    y -= m <= 2;
-    const long long era = (y >= 0 ? y : y - 399) / 400;
-    const unsigned yoe = static_cast<unsigned>(y - era * 400);
-    const unsigned doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
-    const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-    return era * 146097 + static_cast<long long>(doe) - 719468;
-}
-
+// The proleptic Gregorian date `z` days from 1970-01-01.
 void civilFromDays(long long z, SYSTEMTIME& st) {
     z += 719468;
     const long long era = (z >= 0 ? z : z - 146096) / 146097;
@@ -48,16 +39,20 @@ void civilFromDays(long long z, SYSTEMTIME& st) {
     st.wDay = static_cast<WORD>(doy - (153 * mp + 2) / 5 + 1);
 }
 
-const long long kDateEpoch = daysFromCivil(1899, 12, 30);
+const long long kDateEpoch = -25569;  // 1899-12-30, the Date 0, in days from 1970-01-01
 const double kMsPerDay = 86400000.0;
 
-// SystemTimeToVariantTime and back drop the milliseconds: the arithmetic of
-// the automation Date is done here. Before 1899-12-30 the time of day counts
-// away from zero: -1.25 is 1899-12-29 06:00.
+// SystemTimeToVariantTime and back drop the milliseconds: they are added
+// here. Whole seconds convert as the system does, so that a date read back
+// equals the script's literal it was set from. Before 1899-12-30 the time of
+// day counts away from zero: -1.25 is 1899-12-29 06:00.
 DATE toDate(const SYSTEMTIME& st) {
-    const double day = static_cast<double>(daysFromCivil(st.wYear, st.wMonth, st.wDay) - kDateEpoch);
-    const double time = (((st.wHour * 60.0 + st.wMinute) * 60.0 + st.wSecond) * 1000.0 + st.wMilliseconds) / kMsPerDay;
-    return day >= 0 ? day + time : day - time;
+    SYSTEMTIME whole = st;
+    whole.wMilliseconds = 0;
+    DATE d = 0;
+    if (!SystemTimeToVariantTime(&whole, &d)) return 0;
+    const double ms = st.wMilliseconds / kMsPerDay;
+    return d >= 0 ? d + ms : d - ms;
 }
 
 bool fromDate(DATE d, SYSTEMTIME& st) {
