@@ -13,8 +13,6 @@ namespace files {
 
 bool fileExists(const std::wstring& path);
 bool folderExists(const std::wstring& path);
-bool driveExists(const std::wstring& drive);
-bool isDriveReady(const std::wstring& drive);
 bool isFolderEmpty(const std::wstring& path);
 bool isFileInUse(const std::wstring& path);
 

@@ -8,25 +8,6 @@
 namespace tova {
 namespace folders {
 
-namespace {
-
-// --------------------------------------------------------------- enumeration
-
-class FindHandle {
-public:
-    explicit FindHandle(HANDLE h) : h_(h) {}
-    FindHandle(const FindHandle&) = delete;
-    FindHandle& operator=(const FindHandle&) = delete;
-    ~FindHandle() { if (ok()) FindClose(h_); }
-    bool ok() const { return h_ != INVALID_HANDLE_VALUE; }
-    HANDLE get() const { return h_; }
-
-private:
-    HANDLE h_;
-};
-
-bool endsWithBackslash(const std::wstring& s) { return !s.empty() && s.back() == L'\\'; }
-
 bool isDots(const wchar_t* n) { return n[0] == L'.' && (n[1] == 0 || (n[1] == L'.' && n[2] == 0)); }
 
 HANDLE findFirst(const std::wstring& pattern, WIN32_FIND_DATAW& fd) {
@@ -37,6 +18,12 @@ HANDLE findFirst(const std::wstring& pattern, WIN32_FIND_DATAW& fd) {
         h = FindFirstFileExW(pattern.c_str(), FindExInfoStandard, &fd, FindExSearchNameMatch, nullptr, 0);
     return h;
 }
+
+namespace {
+
+// --------------------------------------------------------------- enumeration
+
+bool endsWithBackslash(const std::wstring& s) { return !s.empty() && s.back() == L'\\'; }
 
 bool isFolder(const std::wstring& path) {
     DWORD a = GetFileAttributesW(path.c_str());

@@ -79,6 +79,12 @@ std::vector<Bstr> search(const std::wstring& path, const Criteria& criteria, boo
 // when the folder already ends in one.
 std::wstring childPath(const std::wstring& folder, const wchar_t* name, size_t length);
 
+// FindFirstFileExW without short names and with large fetches where the
+// system offers them; INVALID_HANDLE_VALUE on failure (see GetLastError).
+HANDLE findFirst(const std::wstring& pattern, WIN32_FIND_DATAW& fd);
+// "." or "..".
+bool isDots(const wchar_t* name);
+
 // The index file's name: the temporary folder, "\", a new GUID's 32 hex
 // digits, ".TMP". Empty when there is no temporary folder.
 std::wstring indexFileName();

@@ -18,9 +18,26 @@ namespace files {
 // cannot be qualified: callers treat that as "nothing there".
 std::wstring apiPath(const std::wstring& path, bool creatingFolder = false);
 
-// A path the library computed, in the form the caller used: without the
-// \\?\ prefix unless `callerPath` had it.
+// GetFullPathNameW of `path`, any length, without the checks or the prefix of
+// apiPath: text only. Empty when it fails.
+std::wstring qualified(const std::wstring& path);
+
+// `name` in the folder `apiFolder` (a result of apiPath), itself in the
+// \\?\ form when the join passes 259 characters: for search patterns ("*")
+// and the entries of a walk.
+std::wstring apiChild(const std::wstring& apiFolder, const std::wstring& name);
+
+// True for a qualified path naming a device (\\.\NUL, what NUL and
+// C:\x\con.txt qualify to): such paths exist but name no file or folder.
+bool isDevicePath(const std::wstring& apiPath);
+
+// A path the library computed, in the form the caller used: with the
+// \\?\ prefix exactly when `callerPath` had it.
 std::wstring callerPath(const std::wstring& computed, const std::wstring& callerPath);
+
+// Where the last component of `path` starts: after the last \, / or the
+// colon of X: (the length when the path ends in a separator).
+size_t nameStart(const std::wstring& path);
 
 // Raises 5 unless `name` is a valid last component: not empty, not . or ..,
 // without \ / : * ? " < > | or control characters.

@@ -126,6 +126,27 @@ private:
     SAFEARRAY* a_;
 };
 
+// ------------------------------------------------------------- kernel handles
+
+// A handle closed by `Close` when it goes; `Invalid` marks none (INVALID_HANDLE_VALUE
+// for files and searches).
+template <BOOL(WINAPI* Close)(HANDLE)>
+class KernelHandle {
+public:
+    explicit KernelHandle(HANDLE h = INVALID_HANDLE_VALUE) : h_(h) {}
+    KernelHandle(const KernelHandle&) = delete;
+    KernelHandle& operator=(const KernelHandle&) = delete;
+    ~KernelHandle() { if (ok()) Close(h_); }
+    HANDLE get() const { return h_; }
+    bool ok() const { return h_ != INVALID_HANDLE_VALUE; }
+
+private:
+    HANDLE h_;
+};
+
+using FileHandle = KernelHandle<CloseHandle>;   // CreateFileW
+using FindHandle = KernelHandle<FindClose>;     // FindFirstFileExW
+
 // ------------------------------------------------------------------------- GDI
 
 // A GDI object (pen, brush, font, bitmap, region) deleted when it goes.

@@ -16,33 +16,6 @@ enum Event : DISPID { Initialising = 1, Initialised, Started, CurrentFolderChang
 
 // ------------------------------------------------------------- folder trees
 
-std::wstring tempFolder() {
-    wchar_t t[MAX_PATH + 1];
-    DWORD n = GetTempPathW(MAX_PATH + 1, t);
-    std::wstring s(t, n);
-    if (!s.empty() && s.back() != L'\\') s += L'\\';
-    return s;
-}
-
-void removeTree(const std::wstring& path) {
-    WIN32_FIND_DATAW fd;
-    HANDLE h = FindFirstFileW((path + L"\\*").c_str(), &fd);
-    if (h != INVALID_HANDLE_VALUE) {
-        do {
-            std::wstring name = fd.cFileName;
-            if (name == L"." || name == L"..") continue;
-            std::wstring child = path + L"\\" + name;
-            if (fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) removeTree(child);
-            else {
-                SetFileAttributesW(child.c_str(), FILE_ATTRIBUTE_NORMAL);
-                DeleteFileW(child.c_str());
-            }
-        } while (FindNextFileW(h, &fd));
-        FindClose(h);
-    }
-    RemoveDirectoryW(path.c_str());
-}
-
 // A folder tree of its own under the temporary folder, removed afterwards.
 class Tree {
 public:

@@ -152,6 +152,41 @@ void Sink::disconnect() {
     cookie_ = 0;
 }
 
+std::wstring tempFolder() {
+    wchar_t t[MAX_PATH + 1];
+    DWORD n = GetTempPathW(MAX_PATH + 1, t);
+    std::wstring s(t, n);
+    if (!s.empty() && s.back() != L'\\') s += L'\\';
+    return s;
+}
+
+void removeTree(const std::wstring& path) {
+    const std::wstring base = path.size() > 240 && path.compare(0, 4, L"\\\\?\\") != 0 ? L"\\\\?\\" + path : path;
+    WIN32_FIND_DATAW fd;
+    HANDLE h = FindFirstFileW((base + L"\\*").c_str(), &fd);
+    if (h != INVALID_HANDLE_VALUE) {
+        do {
+            std::wstring name = fd.cFileName;
+            if (name == L"." || name == L"..") continue;
+            std::wstring child = base + L"\\" + name;
+            SetFileAttributesW(child.c_str(), FILE_ATTRIBUTE_NORMAL);
+            if (!(fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) DeleteFileW(child.c_str());
+            else if (fd.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) RemoveDirectoryW(child.c_str());
+            else removeTree(child);
+        } while (FindNextFileW(h, &fd));
+        FindClose(h);
+    }
+    SetFileAttributesW(base.c_str(), FILE_ATTRIBUTE_NORMAL);
+    RemoveDirectoryW(base.c_str());
+}
+
+Scratch::Scratch() {
+    static int serial = 0;
+    root_ = tempFolder() + L"tova_scratch_" + std::to_wstring(GetCurrentProcessId()) + L"_" + std::to_wstring(++serial);
+    removeTree(root_);
+    CreateDirectoryW(root_.c_str(), nullptr);
+}
+
 Canvas::Canvas(int width, int height, COLORREF background) : width_(width), height_(height) {
     BITMAPINFO bi{};
     bi.bmiHeader.biSize = sizeof bi.bmiHeader;

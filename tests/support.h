@@ -97,6 +97,29 @@ IRecordInfo* rectInfo();
 Variant longArray(std::initializer_list<long> values);
 std::vector<long> arrayLongs(const VARIANT& v);
 
+// ------------------------------------------------------------ scratch folders
+
+// The temporary folder, ending in a backslash.
+std::wstring tempFolder();
+// Deletes a folder and everything in it, read-only entries too; links to
+// folders are removed, never entered. Nothing happens when it is missing.
+void removeTree(const std::wstring& path);
+
+// A folder of one test's own under the temporary folder, removed with its
+// contents afterwards. `(rel)` is the path of an entry inside.
+class Scratch {
+public:
+    Scratch();
+    ~Scratch() { removeTree(root_); }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+    const std::wstring& root() const { return root_; }
+    std::wstring operator()(const std::wstring& rel) const { return rel.empty() ? root_ : root_ + L"\\" + rel; }
+
+private:
+    std::wstring root_;
+};
+
 // An event sink that records what it receives and can run a handler.
 class Sink : public IDispatch {
 public:

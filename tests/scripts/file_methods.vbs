@@ -1,9 +1,10 @@
-' FileMethods as a VBScript user sees it, in a folder of its own under the
+'' FileMethods as a VBScript user sees it, in a folder of its own under the
 ' temporary folder that the script removes again: folders made, text written
-' and read back in two encodings, files listed and indexed, copied, moved,
-' renamed and deleted, paths respelt, drives listed; and the errors a script
-' gets for names and folders it must not use. The last line is
-' "file_methods.vbs: OK" when every check passed.
+' and read back in two encodings, dates and attributes set, files listed and
+' indexed, copied, moved, renamed and deleted, paths respelt, drives compared
+' with the scripting file-system object; and the errors a script gets for
+' names and folders it must not use. The last line is "file_methods.vbs: OK"
+' when every check passed (a run-time error ends a script silently under Wine).
 Option Explicit
 
 Dim failures: failures = 0
@@ -44,6 +45,16 @@ Check fm.ReadTextFile(u) = omega, "Auto reads the byte-order mark"
 Check fm.GetFileSize(u) = 12, "GetFileSize of BOM and five UTF-16 characters"
 Check Not fm.WriteTextFile(u, "x", -1, False), "no overwrite asked"
 
+' Dates and attributes.
+Dim d: d = #2023-07-01 12:34:56#
+Check fm.SetFileDate(f, d) And fm.GetFileDate(f) = d, "SetFileDate reads back"
+Check fm.SetReadOnly(f) And (fm.GetAttributes(f) And 1) = 1, "SetReadOnly"
+Check fm.SetFileDate(f, d + 1, 7), "SetFileDate on a read-only file"
+Check Not fm.DeleteFile(f), "a read-only file resists DeleteFile"
+Check fm.SetAttributes(f, 128) And (fm.GetAttributes(f) And 1) = 0, "SetAttributes NORMAL clears it"
+Check fm.GetUniqueFileName(u) = fm.CombinePath(root, "utf16 (2).txt"), "GetUniqueFileName"
+Check fm.GetLongPath(fm.GetShortPath(u)) = u, "short and long forms"
+
 ' Listing.
 Dim names: names = fm.GetFiles(root, "*.txt", True)
 Check UBound(names) = 1, "GetFiles with subfolders finds two files"
@@ -70,7 +81,11 @@ Check fm.GetRelativePath("C:\a\b", "C:\a\c\d.txt") = "..\c\d.txt", "GetRelativeP
 Check fm.MakeValidFileName("a:b*c?.txt ") = "a_b_c_.txt", "MakeValidFileName"
 Dim drives: drives = fm.GetDrives()
 Check UBound(drives) >= 1, "GetDrives lists C: and Z:"
-Check fm.GetDriveType("C:") = 3, "C: is fixed"
+Check fm.GetDriveType("C:") = 3 And fm.DriveExists("C") And fm.IsDriveReady("C:\"), "C: is fixed and ready"
+Dim fso: Set fso = CreateObject("Scripting.FileSystemObject")
+Check fm.GetDriveTotalSpace("C:") = fso.GetDrive("C:").TotalSize, "GetDriveTotalSpace as the file-system object"
+Check fm.GetVolumeSerialNumber("C:") = fso.GetDrive("C:").SerialNumber, "GetVolumeSerialNumber as the file-system object"
+Check fm.GetAssociatedProgram(".zzqq") = "", "no program for an unknown extension"
 
 ' What a script must not do: errors it can trap.
 On Error Resume Next
