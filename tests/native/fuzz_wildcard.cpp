@@ -25,7 +25,7 @@ using Units = std::basic_string<Unit>;
 
 Unit fold(Unit c) {
     Unit f;
-    tova::wildcard::foldCase(&c, 1, &f);
+    tova::wildcard::upperCase(&c, 1, &f);
     return f;
 }
 

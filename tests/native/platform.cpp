@@ -4,6 +4,7 @@
 #include "text/cipher_platform.h"
 #include "text/wildcard_locale.h"
 
+#include <array>
 #include <ctime>
 
 namespace tova {
@@ -12,15 +13,24 @@ void raise(long code, const wchar_t*, const wchar_t*) { throw native::Raised{cod
 
 namespace wildcard {
 
-namespace {
-Unit upper(Unit c) { return c >= u'a' && c <= u'z' ? Unit(c - 32) : c; }
-}  // namespace
-
-void foldCase(const Unit* src, size_t n, Unit* dst) {
-    for (size_t i = 0; i < n; ++i) dst[i] = upper(src[i]);
+const Unit* latin1Upper() {
+    static const auto table = [] {
+        std::array<Unit, 256> t;
+        for (unsigned c = 0; c < 256; ++c) t[c] = Unit(c >= 'a' && c <= 'z' ? c - 32 : c);
+        return t;
+    }();
+    return table.data();
 }
 
-int collate(Unit a, Unit b) { return int(upper(a)) - int(upper(b)); }
+void upperCase(const Unit* src, size_t n, Unit* dst) {
+    for (size_t i = 0; i < n; ++i) dst[i] = src[i] < 256 ? latin1Upper()[src[i]] : src[i];
+}
+
+int collate(Unit a, Unit b) {
+    upperCase(&a, 1, &a);
+    upperCase(&b, 1, &b);
+    return int(a) - int(b);
+}
 
 }  // namespace wildcard
 
