@@ -10,8 +10,9 @@ pkgs+=(libjpeg-turbo-progs)
 # The installer packages: wixl builds them, msibuild finishes their tables.
 pkgs+=(wixl msitools)
 # The native build of the portable modules under the sanitizers (tests/native):
-# clang, and libFuzzer with the sanitizer runtimes.
-pkgs+=(clang-14 libclang-rt-14-dev)
+# clang, libFuzzer with the sanitizer runtimes, and llvm-symbolizer for
+# readable stack traces in their reports.
+pkgs+=(clang-14 libclang-rt-14-dev llvm-14)
 # Sound tests: a null sink whose monitor is recorded and measured.
 pkgs+=(pulseaudio pulseaudio-utils sox)
 

@@ -18,8 +18,9 @@ if [ ! -f "$out/build.ninja" ]; then
     cmake -S "$src" -B "$out" -G Ninja -DCMAKE_CXX_COMPILER=clang++-14 >/dev/null
 fi
 ninja -C "$out" -j2
-export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0
+export ASAN_OPTIONS=detect_leaks=1
 export UBSAN_OPTIONS=print_stacktrace=1
+export ASAN_SYMBOLIZER_PATH=/usr/lib/llvm-14/bin/llvm-symbolizer
 
 status=0
 echo "== native unit tests of the cores"
