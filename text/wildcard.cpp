@@ -26,13 +26,35 @@ namespace tova {
 
 using wildcard::Unit;
 using wildcard::collate;
-using wildcard::foldCase;
 
 static_assert(sizeof(Unit) == 2, "the matcher works on UTF-16 code units");
 
 namespace {
 
 constexpr size_t npos = static_cast<size_t>(-1);
+
+// ------------------------------------------------------------ case folding
+
+// Upper-cases n code units of src into dst: Latin-1 through the table, runs of
+// other characters through the locale.
+void foldCase(const Unit* src, size_t n, Unit* dst) {
+    const Unit* upper = wildcard::latin1Upper();
+    constexpr size_t kMaxRun = size_t(1) << 28;
+    size_t i = 0;
+    while (i < n) {
+        if (src[i] < 256) {
+            dst[i] = upper[src[i]];
+            ++i;
+            continue;
+        }
+        size_t end = i + 1;
+        while (end < n && src[end] >= 256 && end - i < kMaxRun) ++end;
+        // Never split a surrogate pair between two calls.
+        if (end < n && end - i > 1 && src[end - 1] >= 0xD800 && src[end - 1] <= 0xDBFF) --end;
+        wildcard::upperCase(src + i, end - i, dst + i);
+        i = end;
+    }
+}
 
 // ------------------------------------------------------------ literal search
 

@@ -9,9 +9,14 @@
 
 namespace tova::wildcard {
 
-// Upper-cases n code units of src into dst. The mapping is one to one, so
-// positions stay where they were.
-void foldCase(const Unit* src, size_t n, Unit* dst);
+// The locale's upper case of the code units 0..255, as a table: the matcher
+// folds Latin-1 itself, one platform call per character would cost more than
+// the whole match.
+const Unit* latin1Upper();
+
+// Upper-cases n code units with the locale's case mapping. The mapping is one
+// to one, so positions stay where they were.
+void upperCase(const Unit* src, size_t n, Unit* dst);
 
 // <0, 0, >0 as a sorts before, with or after b, ignoring case.
 int collate(Unit a, Unit b);

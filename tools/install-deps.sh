@@ -9,6 +9,10 @@ pkgs=(wine wine32:i386 wine64 libwine-dev g++-mingw-w64-i686 g++-mingw-w64-x86-6
 pkgs+=(libjpeg-turbo-progs)
 # The installer packages: wixl builds them, msibuild finishes their tables.
 pkgs+=(wixl msitools)
+# The native build of the portable modules under the sanitizers (tests/native):
+# clang, libFuzzer with the sanitizer runtimes, and llvm-symbolizer for
+# readable stack traces in their reports.
+pkgs+=(clang-14 libclang-rt-14-dev llvm-14)
 # Sound tests: a null sink whose monitor is recorded and measured.
 pkgs+=(pulseaudio pulseaudio-utils sox)
 

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Builds both DLLs and runs every test: unit tests under Wine, the DLL checks,
 # registration round trips and the script and late-bound clients. 32-bit
-# programs are reported as skipped on machines that cannot run them.
+# programs are reported as skipped on machines that cannot run them. Then the
+# modules that know nothing of Windows, built natively under the sanitizers:
+# their unit tests and TOVA_FUZZ_SECONDS (default 30) of fuzzing per target.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 tools/build.sh
@@ -22,4 +24,6 @@ done
 # The server and whatever the tests left running end with the run.
 WINEPREFIX="$prefix" wineserver -k 2>/dev/null || true
 WINEPREFIX="$prefix" timeout 60 wineserver -w 2>/dev/null || true
+echo "== native build under the sanitizers"
+tests/native/run.sh || status=1
 exit $status
