@@ -12,20 +12,9 @@ namespace {
 
 // --------------------------------------------------------------- enumeration
 
-class FindHandle {
-public:
-    explicit FindHandle(HANDLE h) : h_(h) {}
-    FindHandle(const FindHandle&) = delete;
-    FindHandle& operator=(const FindHandle&) = delete;
-    ~FindHandle() { if (ok()) FindClose(h_); }
-    bool ok() const { return h_ != INVALID_HANDLE_VALUE; }
-    HANDLE get() const { return h_; }
-
-private:
-    HANDLE h_;
-};
-
 bool endsWithBackslash(const std::wstring& s) { return !s.empty() && s.back() == L'\\'; }
+
+}  // namespace
 
 bool isDots(const wchar_t* n) { return n[0] == L'.' && (n[1] == 0 || (n[1] == L'.' && n[2] == 0)); }
 
@@ -37,6 +26,8 @@ HANDLE findFirst(const std::wstring& pattern, WIN32_FIND_DATAW& fd) {
         h = FindFirstFileExW(pattern.c_str(), FindExInfoStandard, &fd, FindExSearchNameMatch, nullptr, 0);
     return h;
 }
+
+namespace {
 
 bool isFolder(const std::wstring& path) {
     DWORD a = GetFileAttributesW(path.c_str());

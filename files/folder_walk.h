@@ -79,6 +79,13 @@ std::vector<Bstr> search(const std::wstring& path, const Criteria& criteria, boo
 // when the folder already ends in one.
 std::wstring childPath(const std::wstring& folder, const wchar_t* name, size_t length);
 
+// "." or "..", the entries a folder listing skips.
+bool isDots(const wchar_t* name);
+
+// FindFirstFileExW in its fast form (no short names, large fetches), falling
+// back to the standard form where the system refuses it.
+HANDLE findFirst(const std::wstring& pattern, WIN32_FIND_DATAW& fd);
+
 // The index file's name: the temporary folder, "\", a new GUID's 32 hex
 // digits, ".TMP". Empty when there is no temporary folder.
 std::wstring indexFileName();

@@ -126,6 +126,36 @@ private:
     SAFEARRAY* a_;
 };
 
+// ------------------------------------------------------------- kernel handles
+
+// A file handle (CreateFileW) closed when it goes.
+class FileHandle {
+public:
+    explicit FileHandle(HANDLE h) : h_(h) {}
+    ~FileHandle() { if (ok()) CloseHandle(h_); }
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+    HANDLE get() const { return h_; }
+    bool ok() const { return h_ != INVALID_HANDLE_VALUE; }
+
+private:
+    HANDLE h_;
+};
+
+// A search handle (FindFirstFileExW) closed when it goes.
+class FindHandle {
+public:
+    explicit FindHandle(HANDLE h) : h_(h) {}
+    ~FindHandle() { if (ok()) FindClose(h_); }
+    FindHandle(const FindHandle&) = delete;
+    FindHandle& operator=(const FindHandle&) = delete;
+    HANDLE get() const { return h_; }
+    bool ok() const { return h_ != INVALID_HANDLE_VALUE; }
+
+private:
+    HANDLE h_;
+};
+
 // ------------------------------------------------------------------------- GDI
 
 // A GDI object (pen, brush, font, bitmap, region) deleted when it goes.

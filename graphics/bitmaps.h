@@ -27,20 +27,6 @@ HBITMAP compatibleCopy(HDC dc, int width, int height, HDC format);
 // The system's message text for an error code, without the trailing line break.
 std::wstring systemMessage(DWORD code);
 
-// A file handle closed when it goes.
-class FileHandle {
-public:
-    explicit FileHandle(HANDLE h) : h_(h) {}
-    ~FileHandle() { if (h_ != INVALID_HANDLE_VALUE) CloseHandle(h_); }
-    FileHandle(const FileHandle&) = delete;
-    FileHandle& operator=(const FileHandle&) = delete;
-    HANDLE get() const { return h_; }
-    bool ok() const { return h_ != INVALID_HANDLE_VALUE; }
-
-private:
-    HANDLE h_;
-};
-
 // Owner of a DC handed out by GetDC.
 using ScreenDc = WindowDc;
 
