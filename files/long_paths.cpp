@@ -21,9 +21,13 @@ std::wstring apiPath(const std::wstring& path, bool creatingFolder) {
     if (n == 0 || n >= full.size()) return {};
     full.resize(n);
     const size_t limit = creatingFolder ? 247 : 259;
-    if (full.size() <= limit) return full;
-    if (full.compare(0, 2, L"\\\\") == 0) return L"\\\\?\\UNC\\" + full.substr(2);
-    return L"\\\\?\\" + full;
+    return full.size() <= limit ? full : extendedPath(full);
+}
+
+std::wstring extendedPath(const std::wstring& qualified) {
+    if (qualified.empty() || hasPrefix(qualified) || qualified.compare(0, 4, L"\\\\.\\") == 0) return qualified;
+    if (qualified.compare(0, 2, L"\\\\") == 0) return L"\\\\?\\UNC\\" + qualified.substr(2);
+    return L"\\\\?\\" + qualified;
 }
 
 std::wstring callerPath(const std::wstring& computed, const std::wstring& caller) {
