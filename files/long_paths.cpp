@@ -37,6 +37,12 @@ std::wstring qualified(const std::wstring& path) {
     return full;
 }
 
+std::wstring extendedPath(const std::wstring& qualified) {
+    if (qualified.empty() || hasPrefix(qualified) || qualified.compare(0, 4, L"\\\\.\\") == 0) return qualified;
+    if (qualified.compare(0, 2, L"\\\\") == 0) return L"\\\\?\\UNC\\" + qualified.substr(2);
+    return L"\\\\?\\" + qualified;
+}
+
 std::wstring apiChild(const std::wstring& folder, const std::wstring& name) {
     std::wstring path = folder;
     if (!path.empty() && path.back() != L'\\') path += L'\\';
@@ -70,9 +76,18 @@ void requireValidName(const std::wstring& name) {
 void toVariantArray(const std::vector<std::wstring>& items, VARIANT* out) {
     SafeArray sa(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(items.size())));
     if (!sa.get()) raise(kOutOfMemory);
-    for (LONG i = 0; i < static_cast<LONG>(items.size()); ++i) {
-        Variant v(items[i].c_str());
-        if (FAILED(SafeArrayPutElement(sa.get(), &i, &v))) raise(kOutOfMemory);
+    if (!items.empty()) {
+        // Filled in place: a listing of many thousand names pays one allocation
+        // per name; the length is kept, so a NUL inside a line survives.
+        ArrayData data(sa.get());
+        if (!data.locked()) raise(kOutOfMemory);
+        VARIANT* slots = static_cast<VARIANT*>(data.data());   // created Empty
+        for (size_t i = 0; i < items.size(); ++i) {
+            BSTR b = SysAllocStringLen(items[i].data(), static_cast<UINT>(items[i].size()));
+            if (!b) raise(kOutOfMemory);   // the array, destroyed, frees those already set
+            V_VT(&slots[i]) = VT_BSTR;
+            V_BSTR(&slots[i]) = b;
+        }
     }
     VariantInit(out);
     V_VT(out) = VT_ARRAY | VT_VARIANT;

@@ -18,6 +18,11 @@ namespace files {
 // cannot be qualified: callers treat that as "nothing there".
 std::wstring apiPath(const std::wstring& path, bool creatingFolder = false);
 
+// A qualified path (from apiPath) in the \\?\ form whatever its length: for
+// walks, whose entries may pass the limit their folder is within. Device
+// paths (\\.\) stay as they are.
+std::wstring extendedPath(const std::wstring& qualified);
+
 // GetFullPathNameW of `path`, any length, without the checks or the prefix of
 // apiPath: text only. Empty when it fails.
 std::wstring qualified(const std::wstring& path);
