@@ -17,6 +17,7 @@
 
 #include "frame/typelib.h"
 
+#include "client.h"
 #include "clock.h"
 
 #include <cstdio>
@@ -43,40 +44,19 @@ HRESULT invoke(IDispatch* d, const wchar_t* name, WORD flags, std::vector<VARIAN
     return d->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &p, result, nullptr, nullptr);
 }
 
-VARIANT str(BSTR s) {
+VARIANT typed(VARTYPE vt) {
     VARIANT v;
     VariantInit(&v);
-    V_VT(&v) = VT_BSTR;
-    V_BSTR(&v) = s;
+    V_VT(&v) = vt;
     return v;
 }
-VARIANT i4(long n) {
-    VARIANT v;
-    VariantInit(&v);
-    V_VT(&v) = VT_I4;
-    V_I4(&v) = n;
-    return v;
-}
-VARIANT vbool(bool b) {
-    VARIANT v;
-    VariantInit(&v);
-    V_VT(&v) = VT_BOOL;
-    V_BOOL(&v) = b ? VARIANT_TRUE : VARIANT_FALSE;
-    return v;
-}
+VARIANT str(BSTR s) { VARIANT v = typed(VT_BSTR); V_BSTR(&v) = s; return v; }
+VARIANT i4(long n) { VARIANT v = typed(VT_I4); V_I4(&v) = n; return v; }
+VARIANT vbool(bool b) { VARIANT v = typed(VT_BOOL); V_BOOL(&v) = b ? VARIANT_TRUE : VARIANT_FALSE; return v; }
 
 IDispatch* object(VARIANT& v) { return V_VT(&v) == VT_DISPATCH ? V_DISPATCH(&v) : nullptr; }
 
 // ------------------------------------------------------------------ the figures
-
-double cpuSeconds() {
-    FILETIME created, exited, kernel, user;
-    GetProcessTimes(GetCurrentProcess(), &created, &exited, &kernel, &user);
-    auto s = [](const FILETIME& f) {
-        return static_cast<double>((static_cast<unsigned long long>(f.dwHighDateTime) << 32) | f.dwLowDateTime) / 1e7;
-    };
-    return s(kernel) + s(user);
-}
 
 struct Figure {
     double seconds = 1e30, cpu = 1e30;   // elapsed; this process's user and kernel time
@@ -180,18 +160,7 @@ int main(int argc, char** argv) {
     while (!root.empty() && root.back() == L'\\') root.pop_back();
 
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    wchar_t exe[MAX_PATH * 2];
-    const DWORD n = GetModuleFileNameW(nullptr, exe, MAX_PATH * 2);
-    std::wstring dllPath(exe, n);
-    dllPath = dllPath.substr(0, dllPath.rfind(L'\\') + 1) + L"TOVA200.DLL";
-    HMODULE dll = LoadLibraryW(dllPath.c_str());
-    using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
-    auto get = dll ? reinterpret_cast<GetClassObject>(reinterpret_cast<void*>(GetProcAddress(dll, "DllGetClassObject")))
-                   : nullptr;
-    IClassFactory* factory = nullptr;
-    IDispatch* fm = nullptr;
-    if (get) get(CLSID_FileMethods, IID_IClassFactory, reinterpret_cast<void**>(&factory));
-    if (factory) factory->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(&fm));
+    IDispatch* fm = createBeside<IDispatch>(CLSID_FileMethods, IID_IDispatch);
     CLSID fsoClass;
     IDispatch* fso = nullptr;
     if (SUCCEEDED(CLSIDFromProgID(L"Scripting.FileSystemObject", &fsoClass)))
@@ -351,7 +320,6 @@ int main(int argc, char** argv) {
     SysFreeString(outB);
     fso->Release();
     fm->Release();
-    factory->Release();
     if (!keep) {
         removeFolder(folder);
         DeleteFileW(textPath.c_str());
