@@ -83,8 +83,11 @@ void line(const char* name, const Figure& f, const Figure& peer) {
         return;
     }
     std::printf("%-44s %10lld %8.1f ms %8.1f ms CPU", name, f.amount, f.seconds * 1e3, f.cpu * 1e3);
-    if (&f != &peer && peer.amount >= 0)
-        std::printf("   %5.1fx faster (CPU %.1fx)", peer.seconds / f.seconds, peer.cpu / f.cpu);
+    // Speed against the peer's; CPU time is counted in ticks, too coarse below one.
+    if (&f != &peer && peer.amount >= 0) {
+        std::printf("   %5.1fx the peer's speed", peer.seconds / f.seconds);
+        if (f.cpu > 0 && peer.cpu > 0) std::printf(" (CPU %.1fx)", peer.cpu / f.cpu);
+    }
     std::printf("\n");
 }
 
