@@ -16,6 +16,7 @@
 
 #include "frame/typelib.h"
 
+#include "client.h"
 #include "clock.h"
 
 #include <cstdio>
@@ -142,15 +143,6 @@ struct Figure {
     long events = 0;
 };
 
-double cpuSeconds() {
-    FILETIME created, exited, kernel, user;
-    GetProcessTimes(GetCurrentProcess(), &created, &exited, &kernel, &user);
-    auto s = [](const FILETIME& f) {
-        return static_cast<double>((static_cast<unsigned long long>(f.dwHighDateTime) << 32) | f.dwLowDateTime) / 1e7;
-    };
-    return s(kernel) + s(user);
-}
-
 // One timed run of `run`, folded into the best so far.
 template <class F>
 void timeOnce(Figure& best, F&& run) {
@@ -185,18 +177,7 @@ int main(int argc, char** argv) {
     while (!root.empty() && root.back() == L'\\') root.pop_back();
 
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    wchar_t exe[MAX_PATH * 2];
-    DWORD n = GetModuleFileNameW(nullptr, exe, MAX_PATH * 2);
-    std::wstring dllPath(exe, n);
-    dllPath = dllPath.substr(0, dllPath.rfind(L'\\') + 1) + L"TOVA200.DLL";
-    HMODULE dll = LoadLibraryW(dllPath.c_str());
-    using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
-    auto get = dll ? reinterpret_cast<GetClassObject>(reinterpret_cast<void*>(GetProcAddress(dll, "DllGetClassObject")))
-                   : nullptr;
-    IClassFactory* factory = nullptr;
-    _FileSearch* fs = nullptr;
-    if (get) get(CLSID_FileSearch, IID_IClassFactory, reinterpret_cast<void**>(&factory));
-    if (factory) factory->CreateInstance(nullptr, IID__FileSearch, reinterpret_cast<void**>(&fs));
+    _FileSearch* fs = createBeside<_FileSearch>(CLSID_FileSearch, IID__FileSearch);
     if (!fs) {
         std::printf("cannot create a FileSearch from TOVA200.DLL beside the program\n");
         return 1;
@@ -261,7 +242,6 @@ int main(int argc, char** argv) {
     cp->Release();
     cpc->Release();
     fs->Release();
-    factory->Release();
     if (!keep) removeTree(root);
     CoUninitialize();
     return 0;

@@ -20,9 +20,22 @@ struct Entry {
 // The listings' order: code units compared ignoring case by the system's
 // upper-case table (the order NTFS keeps a folder in), the same in every
 // locale; names equal but for case (case-sensitive volumes) by code unit.
+// ASCII is compared here: the system is asked only from the first other
+// character on, which decides alike since everything before it was equal.
 bool before(const Entry& a, const Entry& b) {
-    const int r = CompareStringOrdinal(a.name.data(), static_cast<int>(a.name.size()), b.name.data(),
-                                       static_cast<int>(b.name.size()), TRUE);
+    const wchar_t *p = a.name.data(), *q = b.name.data();
+    const size_t n = std::min(a.name.size(), b.name.size());
+    size_t i = 0;
+    for (; i < n; ++i) {
+        unsigned x = p[i], y = q[i];
+        if (x >= 0x80 || y >= 0x80) break;
+        if (x - 'a' < 26) x -= 32;
+        if (y - 'a' < 26) y -= 32;
+        if (x != y) return x < y;
+    }
+    const int r = i == n ? (a.name.size() < b.name.size() ? CSTR_LESS_THAN : a.name.size() > b.name.size() ? CSTR_GREATER_THAN : CSTR_EQUAL)
+                         : CompareStringOrdinal(p + i, static_cast<int>(a.name.size() - i), q + i,
+                                                static_cast<int>(b.name.size() - i), TRUE);
     return r == CSTR_EQUAL ? a.name < b.name : r == CSTR_LESS_THAN;
 }
 
@@ -56,36 +69,35 @@ bool readFolder(const std::wstring& pattern, const folders::Criteria& criteria, 
 }
 
 // Walks `base` (a folder path ending in \) in sorted pre-order, calling
-// visit(relative name, entry) for every entry listed: a folder's files before
+// visit(relative folder, entry) for every entry listed (the folder "" or
+// ending in \; the entry's name may be taken): a folder's files before
 // its subfolders' files; a subfolder before its own subfolders. An explicit
 // stack, since a tree can be deeper than the thread's stack allows. False when
 // `base` itself cannot be read; unreadable subfolders are skipped.
 template <class Visit>
 bool walk(const std::wstring& base, const folders::Criteria& criteria, Kind kind, bool deep, Visit&& visit) {
-    struct Pending {
-        std::wstring relative;   // "" for base, else ending in \ when entered
-        Entry entry;
-    };
-    std::vector<Pending> stack;
-    stack.push_back({std::wstring(), Entry{std::wstring(), FILETIME{}, false, true}});
+    // Subfolders waiting, named by their path relative to base; base itself first.
+    std::vector<Entry> stack{Entry{std::wstring(), FILETIME{}, false, true}};
     bool top = true;
     std::vector<Entry> files, subfolders;
     while (!stack.empty()) {
-        Pending p = std::move(stack.back());
+        Entry folder = std::move(stack.back());
         stack.pop_back();
-        if (p.entry.hit) visit(p.relative, p.entry);
-        if (!p.entry.enter) continue;
-        if (!p.relative.empty()) p.relative += L'\\';
+        const std::wstring relative = folder.name.empty() ? folder.name : folder.name + L'\\';
+        if (folder.hit) visit(std::wstring(), folder);   // may take the name
+        if (!folder.enter) continue;
         files.clear();
         subfolders.clear();
-        const bool read = readFolder(base + p.relative + L'*', criteria, kind, deep, files, subfolders);
+        const bool read = readFolder(base + relative + L'*', criteria, kind, deep, files, subfolders);
         if (top && !read) return false;
         top = false;
         std::sort(files.begin(), files.end(), before);
-        for (const Entry& f : files) visit(p.relative + f.name, f);
+        for (Entry& f : files) visit(relative, f);
         std::sort(subfolders.begin(), subfolders.end(), before);
-        for (auto d = subfolders.rbegin(); d != subfolders.rend(); ++d)
-            stack.push_back({p.relative + d->name, std::move(*d)});
+        for (auto d = subfolders.rbegin(); d != subfolders.rend(); ++d) {
+            d->name.insert(0, relative);
+            stack.push_back(std::move(*d));
+        }
     }
     return true;
 }
@@ -101,8 +113,10 @@ bool list(const std::wstring& folder, const folders::Criteria& criteria, Kind ki
           std::vector<std::wstring>& out) {
     const std::wstring base = walkBase(folder);
     if (base.empty()) return false;
-    return walk(base, criteria, kind, subfolders, [&](const std::wstring& relative, const Entry&) {
-        out.push_back(fullPaths ? callerPath(base + relative, folder) : relative);
+    return walk(base, criteria, kind, subfolders, [&](const std::wstring& relative, Entry& e) {
+        if (fullPaths) out.push_back(callerPath(base + relative + e.name, folder));
+        else if (relative.empty()) out.push_back(std::move(e.name));
+        else out.push_back(relative + e.name);
     });
 }
 
@@ -127,7 +141,7 @@ std::wstring newestFile(const std::wstring& folder, const folders::Criteria& cri
     // Later in listing order wins only when written strictly later: ties go by name.
     walk(base, criteria, Kind::files, subfolders, [&](const std::wstring& relative, const Entry& e) {
         if (!found || CompareFileTime(&e.written, &latest) > 0) {
-            newest = relative;
+            newest = relative + e.name;
             latest = e.written;
             found = true;
         }

@@ -225,8 +225,7 @@ bool encodeText(const std::wstring& text, long encoding, bool withBom, std::stri
         const bool big = encoding == tovaEncodingUTF16BE;
         if (withBom) out.assign(reinterpret_cast<const char*>(big ? kUtf16BeBom : kUtf16Bom), 2);
         const size_t at = out.size();
-        out.resize(at + text.size() * 2);
-        if (!text.empty()) std::memcpy(&out[at], text.data(), text.size() * 2);
+        out.append(reinterpret_cast<const char*>(text.data()), text.size() * 2);
         if (big)
             for (size_t i = at; i < out.size(); i += 2) std::swap(out[i], out[i + 1]);
         return true;

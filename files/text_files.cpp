@@ -19,12 +19,22 @@ namespace {
 // Streaming members read this much at a time, whatever the file's size.
 const DWORD kBlock = 64 * 1024;
 
+// Only files on a disk: a device (NUL, CON) or a pipe could have no end or
+// make a read wait for ever.
+HANDLE diskFileOnly(HANDLE h) {
+    if (h != INVALID_HANDLE_VALUE && GetFileType(h) != FILE_TYPE_DISK) {
+        CloseHandle(h);
+        return INVALID_HANDLE_VALUE;
+    }
+    return h;
+}
+
 // Readers let others read, write and delete meanwhile, as a text editor does.
 HANDLE openForReading(const std::wstring& path) {
     const std::wstring api = apiPath(path);
     if (api.empty()) return INVALID_HANDLE_VALUE;
-    return CreateFileW(api.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                       OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    return diskFileOnly(CreateFileW(api.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                    nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
 }
 
 bool readExactly(HANDLE h, char* to, size_t size) {
@@ -163,9 +173,11 @@ bool appendLine(const std::wstring& path, const std::wstring& text, long encodin
     // when another writer has just extended the file.
     bool created = false;
     const bool ok = [&] {
-        FileHandle h(CreateFileW(target.c_str(), GENERIC_READ | FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                 nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-        created = h.ok() && GetLastError() != ERROR_ALREADY_EXISTS;
+        HANDLE opened = CreateFileW(target.c_str(), GENERIC_READ | FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
+        FileHandle h(diskFileOnly(opened));
+        created = h.ok() && !existed;
         LARGE_INTEGER size;
         if (!h.ok() || !GetFileSizeEx(h.get(), &size)) return false;
         if (encoding == tovaEncodingAuto) encoding = size.QuadPart ? encodingOf(h.get()) : long(tovaEncodingUTF8);

@@ -413,6 +413,22 @@ TEST_F(Content, EmptyPathsFailSoftly) {
     EXPECT_EQ(std::vector<std::wstring>{L"<Empty>"}, readLines(L"missing.txt"));
 }
 
+// A device is no file: it might never end or make a read wait.
+TEST_F(Content, DevicesAreNotRead) {
+    const std::wstring nul = L"NUL";
+    Path p(nul);
+    LONG n = 0;
+    EXPECT_EQ(S_OK, fm->CountLines(&p, &n));
+    EXPECT_EQ(-1, n);
+    Bstr digest;
+    EXPECT_EQ(S_OK, fm->GetFileHash(&p, tovaHashMD5, digest.put()));
+    EXPECT_EQ(L"", digest.str());
+    VARIANT_BOOL ok = VARIANT_TRUE;
+    Path t(L"x");
+    EXPECT_EQ(S_OK, fm->AppendLine(&p, &t, tovaEncodingAuto, &ok));
+    EXPECT_FALSE(ok);
+}
+
 TEST_F(Content, CompareFilesReadsPastTheFirstBlock) {
     const std::string content = fixedContent();
     std::string late = content;

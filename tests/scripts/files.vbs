@@ -1,5 +1,5 @@
 ' FileSearch and RegistryMethods as a VBScript user sees them: a folder tree
-' searched with criteria in both modes, and registry values written, read,
+' searched with criteria in both modes (and listed by FileMethods), and registry values written, read,
 ' listed and deleted under a test key of HKEY_CURRENT_USER that the script
 ' removes again. The last line is "files.vbs: OK" when every check passed (a
 ' run-time error ends a script silently under Wine; scripts cannot receive
@@ -80,6 +80,16 @@ Check IsEmpty(fs.SearchFolder(root & "\missing")), "a missing folder gives Empty
 Check IsEmpty(fs.SearchFolder("")), "an empty path gives Empty"
 Check IsEmpty(fs.SearchFolder(root, Empty)), "Empty criteria list no files"
 Check fs.CurrentFolder = "", "CurrentFolder is empty after a search"
+
+' FileMethods' listings are Variant arrays, which every engine indexes, Wine's too.
+Dim fm: Set fm = CreateObject("TOVA32.FileMethods")
+Dim listed
+r = fm.GetFiles(root, "*.txt", True)
+For i = 0 To UBound(r): listed = listed & "|" & r(i): Next
+Check listed = "|a.txt|one\c.txt|two\d.txt", "GetFiles indexed by the script: " & listed
+Check UBound(fm.GetSubfolders(root, "")) = -1, "GetSubfolders with the pattern """" lists nothing"
+Check IsEmpty(fm.GetFiles(root & "\missing")), "GetFiles of a missing folder gives Empty"
+Check fm.GetNewestFile(root, "a*") = root & "\a.txt", "GetNewestFile"
 fso.DeleteFolder root, True
 
 ' --- the registry
