@@ -1,6 +1,7 @@
 #include "file_ops.h"
 
 #include "../frame/errors.h"
+#include "../frame/values.h"
 #include "long_paths.h"
 #include "recycle_bin.h"
 #include "safe_write.h"
@@ -106,16 +107,16 @@ bool removeFile(const std::wstring& path, bool force) {
     return false;
 }
 
+// Calls fn(path, entry) for each entry of `folder` but . and .. (the find
+// handle owned: fn may throw).
 template <class F>
 void forEachEntry(const std::wstring& folder, F fn) {
     WIN32_FIND_DATAW fd;
-    HANDLE h = FindFirstFileExW((folder + L"\\*").c_str(), FindExInfoBasic, &fd, FindExSearchNameMatch, nullptr, 0);
-    if (h == INVALID_HANDLE_VALUE) return;
+    FindHandle h(folders::findFirst(folder + L"\\*", fd));
+    if (!h.ok()) return;
     do {
-        if (!wcscmp(fd.cFileName, L".") || !wcscmp(fd.cFileName, L"..")) continue;
-        fn(folder + L"\\" + fd.cFileName, fd);
-    } while (FindNextFileW(h, &fd));
-    FindClose(h);
+        if (!folders::isDots(fd.cFileName)) fn(folder + L"\\" + fd.cFileName, fd);
+    } while (FindNextFileW(h.get(), &fd));
 }
 
 bool hasReadOnlyItem(const std::wstring& folder) {
