@@ -96,14 +96,6 @@ bool writeAttributes(const std::wstring& apiForm, DWORD bits) {
 
 // ---------------------------------------------------------------- names
 
-std::wstring hex8() {
-    GUID g;
-    if (FAILED(CoCreateGuid(&g))) g.Data1 = GetTickCount() ^ (GetCurrentThreadId() << 16);
-    std::wstring digits(8, L'0');
-    for (unsigned long v = g.Data1, i = 8; i-- > 0; v >>= 4) digits[i] = L"0123456789ABCDEF"[v & 15];
-    return digits;
-}
-
 // Creates Prefix + 8 hex digits + Suffix in `folder` by `make`, which answers
 // true when made and leaves ERROR_FILE_EXISTS or ERROR_ALREADY_EXISTS when the
 // name is taken; another name is tried then. The new path, or "".
@@ -114,7 +106,7 @@ std::wstring createUnique(const std::wstring& folder, const std::wstring& prefix
     const std::wstring api = apiPath(parent);
     if (api.empty() || !folderExists(parent)) return {};
     for (int attempt = 0; attempt < 100; ++attempt) {
-        const std::wstring path = apiChild(api, prefix + hex8() + suffix);
+        const std::wstring path = apiChild(api, prefix + uniqueDigits() + suffix);
         if (make(path)) return callerPath(path, parent);
         const DWORD e = GetLastError();
         if (e != ERROR_FILE_EXISTS && e != ERROR_ALREADY_EXISTS) return {};

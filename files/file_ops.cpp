@@ -37,10 +37,6 @@ std::wstring nameOf(const std::wstring& p) {
 }
 bool endsWithSlash(const std::wstring& p) { return !p.empty() && (p.back() == L'\\' || p.back() == L'/'); }
 
-bool sameText(const std::wstring& a, const std::wstring& b) {
-    return CompareStringOrdinal(a.c_str(), static_cast<int>(a.size()), b.c_str(), static_cast<int>(b.size()), TRUE) ==
-           CSTR_EQUAL;
-}
 // The path without the \\?\ form, for comparing paths however they were spelt.
 std::wstring plain(const std::wstring& p) { return withoutTrailingSlash(callerPath(p, L"")); }
 
@@ -90,7 +86,7 @@ bool copyInto(const std::wstring& source, const std::wstring& target, bool overw
 bool renameTo(const std::wstring& from, const std::wstring& to) {
     if (!sameText(from, to)) return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
     if (from == to) return true;
-    const std::wstring middle = parentOf(from) + L"\\~tova" + std::to_wstring(GetTickCount()) + L".ren";
+    const std::wstring middle = temporarySibling(parentOf(from), L".ren");
     if (!MoveFileExW(from.c_str(), middle.c_str(), 0)) return false;
     if (MoveFileExW(middle.c_str(), to.c_str(), 0)) return true;
     MoveFileExW(middle.c_str(), from.c_str(), 0);
@@ -148,13 +144,6 @@ bool removeTree(const std::wstring& folder, bool force) {
     return RemoveDirectoryW(folder.c_str()) && ok;
 }
 
-std::wstring siblingFolderName(const std::wstring& path) {
-    static unsigned counter = 0;
-    wchar_t name[32];
-    wsprintfW(name, L"\\~tova%08X", (GetTickCount() * 2654435761u) ^ (GetCurrentProcessId() << 8) ^ ++counter);
-    return parentOf(path) + name;
-}
-
 // Copies the tree `source` into the existing folder `target`, files replaced
 // safely with `overwrite`; links are skipped.
 bool copyTree(const std::wstring& source, const std::wstring& target, bool overwrite) {
@@ -174,7 +163,7 @@ bool copyTree(const std::wstring& source, const std::wstring& target, bool overw
 // A new copy of a tree, built under a temporary sibling name and renamed when
 // complete, so that a failure leaves no half copy.
 bool copyNewTree(const std::wstring& source, const std::wstring& target) {
-    const std::wstring building = siblingFolderName(target);
+    const std::wstring building = temporarySibling(parentOf(target), L"");
     if (!CreateDirectoryW(building.c_str(), nullptr)) return false;
     if (copyTree(source, building, false) && MoveFileExW(building.c_str(), target.c_str(), 0)) return true;
     removeTree(building, true);
@@ -248,7 +237,7 @@ bool deleteFolder(const std::wstring& path, bool toRecycleBin, bool force) {
     if (toRecycleBin) return recycle({p}) && attributesOf(p) == kNoAttributes;
     // Renamed first: the platform refuses while a file inside is open, and then
     // nothing has been deleted yet.
-    const std::wstring doomed = siblingFolderName(p);
+    const std::wstring doomed = temporarySibling(parentOf(p), L"");
     if (!MoveFileExW(p.c_str(), doomed.c_str(), 0)) return false;
     if (removeTree(doomed, force)) return true;
     MoveFileExW(doomed.c_str(), p.c_str(), 0);  // what could not go stays where it was

@@ -63,6 +63,19 @@ size_t nameStart(const std::wstring& path) {
     return sep == std::wstring::npos ? 0 : sep + 1;
 }
 
+bool sameText(const std::wstring& a, const std::wstring& b) {
+    return CompareStringOrdinal(a.c_str(), static_cast<int>(a.size()), b.c_str(), static_cast<int>(b.size()), TRUE) ==
+           CSTR_EQUAL;
+}
+
+std::wstring uniqueDigits() {
+    GUID g;
+    if (FAILED(CoCreateGuid(&g))) g.Data1 = GetTickCount() ^ (GetCurrentThreadId() << 16);
+    std::wstring digits(8, L'0');
+    for (unsigned long v = g.Data1, i = 8; i-- > 0; v >>= 4) digits[i] = L"0123456789ABCDEF"[v & 15];
+    return digits;
+}
+
 bool hasInvalidNameCharacter(const std::wstring& text) {
     for (wchar_t c : text)
         if (c < 32 || wcschr(L"\\/:*?\"<>|", c)) return true;

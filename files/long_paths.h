@@ -44,6 +44,13 @@ std::wstring callerPath(const std::wstring& computed, const std::wstring& caller
 // colon of X: (the length when the path ends in a separator).
 size_t nameStart(const std::wstring& path);
 
+// True when two paths or names are equal ignoring case, as file systems compare them.
+bool sameText(const std::wstring& a, const std::wstring& b);
+
+// 8 upper-case hexadecimal digits of a new GUID: the unique part of the
+// library's temporary and unique names.
+std::wstring uniqueDigits();
+
 // Raises 5 unless `name` is a valid last component: not empty, not . or ..,
 // without \ / : * ? " < > | or control characters.
 void requireValidName(const std::wstring& name);

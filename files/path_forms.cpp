@@ -21,11 +21,6 @@ bool fullyQualified(const std::wstring& p) {
            (p.size() >= 2 && isSeparator(p[0]) && isSeparator(p[1]));
 }
 
-bool sameText(const std::wstring& a, const std::wstring& b) {
-    return CompareStringOrdinal(a.c_str(), static_cast<int>(a.size()), b.c_str(), static_cast<int>(b.size()), TRUE) ==
-           CSTR_EQUAL;
-}
-
 // A qualified path without the \\?\ prefix, split into its root (C:\ or
 // \\server\share\) and its components.
 struct Split {

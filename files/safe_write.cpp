@@ -1,8 +1,9 @@
 #include "safe_write.h"
 
+#include "long_paths.h"
+
 #include <windows.h>
 
-#include <atomic>
 
 namespace tova {
 namespace files {
@@ -23,22 +24,13 @@ std::wstring folderOf(const std::wstring& path) {
     return slash == std::wstring::npos ? std::wstring(L".") : path.substr(0, slash);
 }
 
-// A sibling name no one uses: ~tova + 8 hexadecimal digits + suffix.
-std::wstring siblingName(const std::wstring& folder, const wchar_t* suffix) {
-    static std::atomic<unsigned> counter{0};
-    const unsigned n = (GetTickCount() * 2654435761u) ^ (GetCurrentProcessId() << 16) ^ counter.fetch_add(0x9E3779B9u);
-    wchar_t name[32];
-    wsprintfW(name, L"\\~tova%08X%s", n, suffix);
-    return folder + name;
-}
-
 // The temporary file: created empty (CREATE_NEW reserves the name), removed
 // by the destructor unless it has taken the target's place.
 class TempFile {
 public:
     explicit TempFile(const std::wstring& folder) {
         for (int attempt = 0; attempt < 16 && path_.empty(); ++attempt) {
-            std::wstring name = siblingName(folder, L".tmp");
+            std::wstring name = temporarySibling(folder, L".tmp");
             HANDLE h = CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
             if (h != INVALID_HANDLE_VALUE) {
                 CloseHandle(h);
@@ -90,7 +82,7 @@ bool flush(const std::wstring& path) {
 // whatever fails.
 bool swapIn(const std::wstring& target, TempFile& temp) {
     const detail::ReplaceCalls& calls = detail::replaceCalls();
-    const std::wstring backup = siblingName(folderOf(target), L".bak");
+    const std::wstring backup = temporarySibling(folderOf(target), L".bak");
     if (calls.replaceFile(target.c_str(), temp.path().c_str(), backup.c_str(), REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
                           nullptr)) {
         temp.release();  // it is the target now
@@ -120,6 +112,10 @@ bool swapIn(const std::wstring& target, TempFile& temp) {
 }
 
 }  // namespace
+
+std::wstring temporarySibling(const std::wstring& folder, const wchar_t* suffix) {
+    return folder + L"\\~tova" + uniqueDigits() + suffix;
+}
 
 bool replaceWith(const std::wstring& target, bool overwrite, const std::function<bool(const std::wstring&)>& fill) {
     if (target.empty()) return false;

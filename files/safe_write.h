@@ -24,6 +24,10 @@ bool writeWholeFile(const std::wstring& target, const void* data, size_t size, b
 // with CopyFileExW).
 bool replaceWith(const std::wstring& target, bool overwrite, const std::function<bool(const std::wstring&)>& fill);
 
+// A name in `folder` no one uses: ~tova + 8 hexadecimal digits + suffix (the
+// form a stray leftover of the library has, whoever made it).
+std::wstring temporarySibling(const std::wstring& folder, const wchar_t* suffix);
+
 // Flushes a file written by other means (a copy filling the temporary file).
 bool flushFile(const std::wstring& path);
 
