@@ -248,6 +248,29 @@ TEST_F(TooltipTest, TheLastAddedToolWinsAndMovingOnWaitsAFifth) {
     EXPECT_LT(wait, 200u);
 }
 
+TEST_F(TooltipTest, ARectangleToolFollowsItsRectangleAndTextChangesShowAtOnce) {
+    auto rect = newRectangle();
+    TOVA_RECT first{0, 0, 50, 50}, moved{80, 60, 140, 120};
+    rect->SetRectangle(&first);
+    long id = 0;
+    ASSERT_EQ(S_OK, t->AddTool4(w.handle(), rect.get(), Bstr(L"Follow").get(), &id));
+    pointAt(w.hwnd(), 100, 80);
+    pump(300);
+    EXPECT_EQ("", log.order) << "outside the rectangle";
+    rect->SetRectangle(&moved);
+    pointAt(w.hwnd(), 101, 81);
+    ASSERT_TRUE(log.waitFor("BS"));
+    long current = 0;
+    t->get_CurrentTool(&current);
+    EXPECT_EQ(id, current);
+
+    const wchar_t* longer = L"A much longer text than before";
+    t->put_ToolText(id, Bstr(longer).get());
+    const RECT r = windowRect(popupOf(t.get()));
+    EXPECT_EQ(measure(t.get(), longer).cx, r.right - r.left);
+    EXPECT_EQ("BS", log.order) << "no events for a change";
+}
+
 TEST_F(TooltipTest, TrackingFollowsThePointerWithoutEvents) {
     t->put_ShowMode(tovaTipShowTrackCursor);
     addTool(t.get(), w.hwnd(), L"Track");
@@ -538,6 +561,56 @@ TEST(TooltipLeaks, CyclesLeaveNothingBehind) {
     EXPECT_EQ(wins, windows());
     for (const std::string& n : propNames(w.hwnd())) EXPECT_EQ(0, propValue(w.hwnd(), n)) << n;
     DestroyIcon(icon);
+}
+
+// Where the system has no per-pixel alpha windows (the 9x line, NT 4): a plain
+// popup clipped by the shape's region; fade shows at once, unrolling resizes.
+TEST(TooltipFallback, PlainPopupUnderOlderSystems) {
+    if (!configuredVersion()) GTEST_SKIP() << "run as an older system by TooltipFallback.UnderEachOlderSystem";
+    TestWindow w;
+    ComPtr<_Tooltip> t = newTip();
+    TipLog log;
+    log.connect(t.get(), DIID___Tooltip);
+    t->put_Text(Bstr(L"Plain").get());
+    t->put_Balloon(VARIANT_TRUE);
+    t->put_Alignment(tovaTipAlignBelow);
+    t->put_Animation(tovaTipAnimateFade);
+    VARIANT_BOOL ok = 0;
+    t->ShowTip(300, 200, 0, &ok);
+    ASSERT_TRUE(ok);
+    EXPECT_EQ("BS", log.order) << "no fade without alpha: shown at once";
+    EXPECT_EQ(0, V_I4(&log.calls[0].args[0]));
+    const HWND popup = popupOf(t.get());
+    EXPECT_EQ(0, GetWindowLongW(popup, GWL_EXSTYLE) & WS_EX_LAYERED);
+    HRGN rgn = CreateRectRgn(0, 0, 0, 0);
+    ASSERT_NE(ERROR, GetWindowRgn(popup, rgn));
+    EXPECT_FALSE(PtInRegion(rgn, 0, 12)) << "the balloon's corner is outside";
+    EXPECT_TRUE(PtInRegion(rgn, 20, 30));
+    DeleteObject(rgn);
+    const RECT r = windowRect(popup);
+    EXPECT_NE(popup, WindowFromPoint(POINT{r.left + 20, r.top + 30})) << "transparent to the mouse";
+
+    t->put_Animation(tovaTipAnimateSlide);
+    t->put_AnimationDuration(400);
+    log.order.clear();
+    log.times.clear();
+    const SIZE full = measure(t.get(), L"Plain");
+    t->ShowTip(300, 200, 0, &ok);
+    pump(200, [&] { return GetTickCount() - log.at('B') >= 200; });
+    const RECT half = windowRect(popup);
+    EXPECT_GE(half.bottom - half.top, full.cy * 20 / 100);
+    EXPECT_LE(half.bottom - half.top, full.cy * 80 / 100);
+    ASSERT_TRUE(log.waitFor("HBS"));
+    EXPECT_EQ(full.cy, windowRect(popup).bottom - windowRect(popup).top);
+}
+
+TEST(TooltipFallback, UnderEachOlderSystem) {
+    if (configuredVersion()) GTEST_SKIP() << "inside a configured run";
+    for (const char* version : {"nt40", "win98"}) {
+        const Rerun r = rerunAsVersion(version, "TooltipFallback.PlainPopupUnderOlderSystems");
+        EXPECT_TRUE(r.started) << version << ", error " << r.error;
+        EXPECT_EQ(0u, r.code) << "as " << version;
+    }
 }
 
 }  // namespace
