@@ -59,7 +59,8 @@ Controller::Controller(_ISubclass* client, IUnknown* owner, Events* events)
 
 Controller::~Controller() {
     events_ = nullptr;
-    for (HWND w : detachPosted_) detachWindow(w);
+    // Queued detaches first: the popup that would run them goes with us.
+    for (HWND w : std::vector<HWND>(detachPosted_)) detachWindow(w);
     for (HWND w : std::vector<HWND>(windows_)) detachWindow(w);
 }
 

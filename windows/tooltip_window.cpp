@@ -19,11 +19,14 @@ using UpdateLayered = BOOL(WINAPI*)(HWND, HDC, POINT*, SIZE*, HDC, POINT*, COLOR
 // Per-pixel alpha windows: looked up at run time, and not used on the systems
 // that lack them even where a newer system reports an old version.
 UpdateLayered updateLayered() {
-    OSVERSIONINFOW v{};
-    v.dwOSVersionInfoSize = sizeof v;
-    if (!GetVersionExW(&v) || v.dwPlatformId != VER_PLATFORM_WIN32_NT || v.dwMajorVersion < 5) return nullptr;
-    return reinterpret_cast<UpdateLayered>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "UpdateLayeredWindow")));
+    static const UpdateLayered f = []() -> UpdateLayered {
+        OSVERSIONINFOW v{};
+        v.dwOSVersionInfoSize = sizeof v;
+        if (!GetVersionExW(&v) || v.dwPlatformId != VER_PLATFORM_WIN32_NT || v.dwMajorVersion < 5) return nullptr;
+        return reinterpret_cast<UpdateLayered>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "UpdateLayeredWindow")));
+    }();
+    return f;
 }
 
 }  // namespace
