@@ -94,6 +94,13 @@
 #undef DT_CHARSTREAM
 #undef DT_METAFILE
 #undef DT_DISPFILE
+#undef RGN_AND
+#undef RGN_OR
+#undef RGN_XOR
+#undef RGN_DIFF
+#undef RGN_COPY
+#undef ALTERNATE
+#undef WINDING
 
 // The file attribute and drive type constants keep their Win32 macros after the
 // header: code that tests a DWORD against them stays unsigned.

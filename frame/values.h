@@ -169,6 +169,12 @@ public:
     ~GdiObject() { if (h_) DeleteObject(h_); }
     H get() const { return h_; }
     explicit operator bool() const { return h_ != nullptr; }
+    // Hands the object over: the caller frees it now.
+    H release() {
+        H h = h_;
+        h_ = nullptr;
+        return h;
+    }
 
 private:
     H h_ = nullptr;

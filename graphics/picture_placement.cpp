@@ -1,0 +1,145 @@
+#include "picture_placement.h"
+
+#include "bitmaps.h"
+#include "picture_effects.h"
+
+#include <algorithm>
+
+namespace tova {
+
+namespace {
+
+long floorDiv(long a, long b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
+
+// Paints the part of the picture placed at (px, py), own size, that lies in the area.
+bool paintClipped(const PictureFacts& f, const PaintRequest& area, long px, long py) {
+    const long left = std::max(px, area.x), top = std::max(py, area.y);
+    const long right = std::min(px + f.width, area.x + area.width), bottom = std::min(py + f.height, area.y + area.height);
+    if (right <= left || bottom <= top) return true;
+    PaintRequest r = area;
+    r.x = left, r.y = top, r.width = right - left, r.height = bottom - top;
+    r.srcX = left - px, r.srcY = top - py, r.srcWidth = r.width, r.srcHeight = r.height;
+    return paintResolved(f, r);
+}
+
+PaintFailure start(IPictureDisp* picture, const PaintRequest& area, PictureFacts& f) {
+    if (!readPicture(picture, f)) return PaintFailure::BadPicture;
+    if (area.width < 0 || area.height < 0) return PaintFailure::BadArgument;
+    if (!area.dc || area.width == 0 || area.height == 0) return PaintFailure::Platform;
+    return PaintFailure::None;
+}
+
+}  // namespace
+
+PaintFailure paintTiled(IPictureDisp* picture, const PaintRequest& area, long offsetX, long offsetY) {
+    PictureFacts f;
+    PaintFailure failure = start(picture, area, f);
+    if (failure != PaintFailure::None) return failure;
+    // The first tile at or before the area's top-left.
+    const long mx = offsetX - f.width * floorDiv(offsetX, f.width), my = offsetY - f.height * floorDiv(offsetY, f.height);
+    const long x0 = area.x + mx - (mx ? f.width : 0), y0 = area.y + my - (my ? f.height : 0);
+    bool ok = true;
+    for (long y = y0; y < area.y + area.height; y += f.height)
+        for (long x = x0; x < area.x + area.width; x += f.width) ok = paintClipped(f, area, x, y) && ok;
+    return ok ? PaintFailure::None : PaintFailure::Platform;
+}
+
+PaintFailure paintCentred(IPictureDisp* picture, const PaintRequest& area) {
+    PictureFacts f;
+    PaintFailure failure = start(picture, area, f);
+    if (failure != PaintFailure::None) return failure;
+    const long x = area.x + floorDiv(area.width - f.width, 2), y = area.y + floorDiv(area.height - f.height, 2);
+    return paintClipped(f, area, x, y) ? PaintFailure::None : PaintFailure::Platform;
+}
+
+PaintFailure paintFitted(IPictureDisp* picture, const PaintRequest& area, Fit fit) {
+    PictureFacts f;
+    PaintFailure failure = start(picture, area, f);
+    if (failure != PaintFailure::None) return failure;
+    // Width-bound when the area is relatively taller than the picture.
+    const bool widthBound = static_cast<long long>(area.width) * f.height <= static_cast<long long>(area.height) * f.width;
+    long w, h;
+    if (widthBound != (fit == Fit::Cover)) {
+        w = area.width;
+        h = MulDiv(f.height, area.width, f.width);
+    } else {
+        h = area.height;
+        w = MulDiv(f.width, area.height, f.height);
+    }
+    if (fit == Fit::ShrinkOnly && (w > f.width || h > f.height)) w = f.width, h = f.height;
+    if (w < 1 || h < 1) return PaintFailure::Platform;
+    PaintRequest r = area;
+    r.x = area.x + floorDiv(area.width - w, 2), r.y = area.y + floorDiv(area.height - h, 2);
+    r.width = w, r.height = h;
+    r.srcX = r.srcY = 0, r.srcWidth = f.width, r.srcHeight = f.height;
+    if (w <= area.width && h <= area.height) return paintResolved(f, r) ? PaintFailure::None : PaintFailure::Platform;
+    // Cover: clipped to the area, the DC's own clipping put back afterwards.
+    const int saved = SaveDC(area.dc);
+    if (!saved) return PaintFailure::Platform;
+    bool ok = IntersectClipRect(area.dc, area.x, area.y, area.x + area.width, area.y + area.height) != ERROR &&
+              paintResolved(f, r);
+    RestoreDC(area.dc, saved);
+    return ok ? PaintFailure::None : PaintFailure::Platform;
+}
+
+ComPtr<IPictureDisp> pictureFromDC(HDC dc, long x, long y, long w, long h) {
+    if (!dc) return nullptr;
+    ScreenDc screen(nullptr);
+    if (!screen.get()) return nullptr;
+    Bitmap bitmap(CreateCompatibleBitmap(screen.get(), w, h));
+    MemoryDc copy(screen.get());
+    if (!bitmap || !copy.get()) return nullptr;
+    {
+        Selection in(copy.get(), bitmap.get());
+        if (!in.ok() || !BitBlt(copy.get(), 0, 0, w, h, dc, x, y, SRCCOPY)) return nullptr;
+    }
+    return pictureOf(bitmap.release());
+}
+
+bool isIcon(HICON icon) {
+    ICONINFO info{};
+    if (!icon || !GetIconInfo(icon, &info)) return false;
+    if (info.hbmMask) DeleteObject(info.hbmMask);
+    if (info.hbmColor) DeleteObject(info.hbmColor);
+    return true;
+}
+
+ComPtr<IPictureDisp> pictureFromHandle(HANDLE handle, int type, bool own) {
+    PICTDESC desc{};
+    desc.cbSizeofstruct = sizeof desc;
+    desc.picType = static_cast<UINT>(type);
+    HANDLE copy = own ? handle
+                      : (type == PICTYPE_BITMAP ? CopyImage(handle, IMAGE_BITMAP, 0, 0, 0)
+                                                : static_cast<HANDLE>(CopyIcon(static_cast<HICON>(handle))));
+    if (!copy) return nullptr;
+    if (type == PICTYPE_BITMAP)
+        desc.bmp.hbitmap = static_cast<HBITMAP>(copy);
+    else
+        desc.icon.hicon = static_cast<HICON>(copy);
+    ComPtr<IPictureDisp> picture;
+    if (FAILED(OleCreatePictureIndirect(&desc, IID_IPictureDisp, TRUE, picture.putVoid())) || !picture) {
+        // A copy of ours goes; a handle handed to us stays the caller's when no picture took it.
+        if (!own) type == PICTYPE_BITMAP ? DeleteObject(copy) : DestroyIcon(static_cast<HICON>(copy));
+        return nullptr;
+    }
+    return picture;
+}
+
+bool paintIcon(HDC dc, long x, long y, HICON icon, long w, long h, bool disabled) {
+    if (!dc) return false;
+    if (w == 0 || h == 0) {
+        ICONINFO info{};
+        if (!GetIconInfo(icon, &info)) return false;
+        BITMAP bm{};
+        GetObjectW(info.hbmColor ? info.hbmColor : info.hbmMask, sizeof bm, &bm);
+        const long iw = bm.bmWidth, ih = info.hbmColor ? bm.bmHeight : bm.bmHeight / 2;
+        if (info.hbmMask) DeleteObject(info.hbmMask);
+        if (info.hbmColor) DeleteObject(info.hbmColor);
+        if (w == 0) w = iw;
+        if (h == 0) h = ih;
+    }
+    if (disabled) return paintIconDisabled(dc, icon, x, y, w, h);
+    return DrawIconEx(dc, x, y, icon, w, h, 0, nullptr, DI_NORMAL) != 0;
+}
+
+}  // namespace tova
