@@ -38,6 +38,10 @@ namespace {
 
 // Renders the picture's source rectangle into dc at (x, y, w, h) through IPicture.
 bool render(const PictureFacts& f, HDC dc, long x, long y, long w, long h, long sx, long sy, long sw, long sh) {
+    // A whole icon is drawn by DrawIconEx: Wine's picture renders icons
+    // without their alpha channel, DrawIconEx blends it on both systems.
+    if (f.type == PICTYPE_ICON && sx == 0 && sy == 0 && sw == f.width && sh == f.height)
+        return DrawIconEx(dc, x, y, static_cast<HICON>(f.handle), w, h, 0, nullptr, DI_NORMAL) != 0;
     // Render takes the source in HIMETRIC, measured from the bottom edge.
     const double kx = static_cast<double>(f.hmWidth) / f.width, ky = static_cast<double>(f.hmHeight) / f.height;
     OLE_XPOS_HIMETRIC hx = static_cast<OLE_XPOS_HIMETRIC>(sx * kx);
