@@ -2,6 +2,8 @@
 
 #include "gdi_draw.h"
 
+#include <algorithm>
+
 namespace tova {
 
 bool fillHatched(HDC dc, const RECT& r, long hatch, long color, long backColor) {
@@ -51,9 +53,21 @@ bool drawFrame3D(HDC dc, const RECT& r, long style, long width, long highlight, 
     if (!dc || !light || !dark || r.right <= r.left || r.bottom <= r.top) return false;
     // Rings from the outside in: raised ones light at top and left, sunken ones dark.
     const bool outerRaised = style == tovaFrameRaised || style == tovaFrameBump;
-    const long rings = style >= tovaFrameEtched ? 2 * width : width;
+    const long long rings = style >= tovaFrameEtched ? 2LL * width : width;
+    // Rings wholly outside the clip box are skipped, so a huge width on a
+    // huge rectangle costs what can be seen.
+    RECT clip{};
+    const int kind = GetClipBox(dc, &clip);
+    if (kind == ERROR || kind == NULLREGION) return true;
+    long long first = std::min({static_cast<long long>(clip.left) - r.left, static_cast<long long>(clip.top) - r.top,
+                                static_cast<long long>(r.right) - clip.right,
+                                static_cast<long long>(r.bottom) - clip.bottom});
+    first = std::max(0LL, first);
+    const long long last = std::min(rings, first + (clip.right - clip.left) + (clip.bottom - clip.top) + 2);
     RECT ring = r;
-    for (long i = 0; i < rings && ring.right > ring.left && ring.bottom > ring.top; ++i) {
+    InflateRect(&ring, -static_cast<int>(std::min<long long>(first, 1LL << 30)),
+                -static_cast<int>(std::min<long long>(first, 1LL << 30)));
+    for (long long i = first; i < last && ring.right > ring.left && ring.bottom > ring.top; ++i) {
         const bool raised = i < width ? outerRaised : !outerRaised;
         HBRUSH first = raised ? light.get() : dark.get(), second = raised ? dark.get() : light.get();
         const RECT top{ring.left, ring.top, ring.right - 1, ring.top + 1};

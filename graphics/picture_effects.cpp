@@ -214,6 +214,10 @@ PaintFailure paintColourised(IPictureDisp* picture, const PaintRequest& request,
     return result(compose(r.dc, r.x, r.y, r.width, r.height, {{p.layer.get(), 0, 0, alpha::Opacity(255)}}));
 }
 
+bool composeLayer(HDC dc, long x, long y, Surface32& layer) {
+    return compose(dc, x, y, layer.width(), layer.height(), {{&layer, 0, 0, alpha::Opacity(255)}});
+}
+
 bool paintIconDisabled(HDC dc, HICON icon, long x, long y, long w, long h) {
     Surface32 layer(w, h);
     if (!dc || !rasteriseDrawing([&](HDC to) { return DrawIconEx(to, 0, 0, icon, w, h, 0, nullptr, DI_NORMAL) != 0; },

@@ -11,6 +11,8 @@
 
 namespace tova {
 
+class Surface32;
+
 PaintFailure paintMasked(IPictureDisp* picture, IPictureDisp* mask, const PaintRequest& request);
 PaintFailure paintDisabled(IPictureDisp* picture, const PaintRequest& request, int lighten);
 PaintFailure paintEmbossed(IPictureDisp* picture, const PaintRequest& request, COLORREF highlight, COLORREF shadow);
@@ -20,6 +22,9 @@ PaintFailure paintAlpha(IPictureDisp* picture, const PaintRequest& request, int 
 PaintFailure paintAlphaGradient(IPictureDisp* picture, const PaintRequest& request, int startOpacity,
                                 int endOpacity, gradients::Direction direction);
 PaintFailure paintColourised(IPictureDisp* picture, const PaintRequest& request, COLORREF color, int amount);
+
+// Blends a premultiplied layer over dc at (x, y), exactly where dc can be read.
+bool composeLayer(HDC dc, long x, long y, Surface32& layer);
 
 // An icon handle at x, y, w x h, greyed as a disabled picture.
 bool paintIconDisabled(HDC dc, HICON icon, long x, long y, long w, long h);

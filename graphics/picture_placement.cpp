@@ -2,6 +2,7 @@
 
 #include "bitmaps.h"
 #include "picture_effects.h"
+#include "work_area.h"
 
 #include <algorithm>
 
@@ -35,13 +36,29 @@ PaintFailure paintTiled(IPictureDisp* picture, const PaintRequest& area, long of
     PictureFacts f;
     PaintFailure failure = start(picture, area, f);
     if (failure != PaintFailure::None) return failure;
-    // The first tile at or before the area's top-left.
-    const long mx = offsetX - f.width * floorDiv(offsetX, f.width), my = offsetY - f.height * floorDiv(offsetY, f.height);
-    const long x0 = area.x + mx - (mx ? f.width : 0), y0 = area.y + my - (my ? f.height : 0);
-    bool ok = true;
-    for (long y = y0; y < area.y + area.height; y += f.height)
-        for (long x = x0; x < area.x + area.width; x += f.width) ok = paintClipped(f, area, x, y) && ok;
-    return ok ? PaintFailure::None : PaintFailure::Platform;
+    // Only the visible part is composed, from one rasterised copy of the
+    // picture: a tiny picture over a large area costs one pass over its pixels.
+    RECT visible{};
+    const RECT whole{area.x, area.y, area.x + area.width, area.y + area.height};
+    if (!visiblePart(area.dc, whole, visible)) return PaintFailure::None;
+    PaintRequest one = area;
+    one.x = one.y = one.srcX = one.srcY = 0;
+    one.width = one.srcWidth = f.width;
+    one.height = one.srcHeight = f.height;
+    Surface32 tile(f.width, f.height), layer(visible.right - visible.left, visible.bottom - visible.top);
+    if (!layer.ok() || !rasterise(f, one, false, tile)) return PaintFailure::Platform;
+    const gradients::Pixels32 t = tile.pixels(), l = layer.pixels();
+    auto wrap = [](long long v, long n) { return static_cast<int>(((v % n) + n) % n); };
+    for (int y = 0; y < l.height; ++y) {
+        const uint32_t* src = t.row(wrap(static_cast<long long>(visible.top) + y - area.y - offsetY, f.height));
+        uint32_t* dst = l.row(y);
+        int tx = wrap(static_cast<long long>(visible.left) - area.x - offsetX, f.width);
+        for (int x = 0; x < l.width; ++x) {
+            dst[x] = src[tx];
+            if (++tx == f.width) tx = 0;
+        }
+    }
+    return composeLayer(area.dc, visible.left, visible.top, layer) ? PaintFailure::None : PaintFailure::Platform;
 }
 
 PaintFailure paintCentred(IPictureDisp* picture, const PaintRequest& area) {

@@ -41,6 +41,13 @@ bool readableDc(HDC dc) {
     return GetDeviceCaps(dc, TECHNOLOGY) == DT_RASDISPLAY;
 }
 
+bool visiblePart(HDC dc, const RECT& area, RECT& visible) {
+    RECT clip{};
+    const int kind = GetClipBox(dc, &clip);
+    if (kind == ERROR || kind == NULLREGION) return false;
+    return IntersectRect(&visible, &area, &clip) != 0;
+}
+
 bool editArea(HDC dc, int x, int y, int w, int h, const std::function<void(const gradients::Pixels32&)>& edit) {
     Surface32 s(w, h);
     if (!dc || !s.ok() || !BitBlt(s.dc(), 0, 0, w, h, dc, x, y, SRCCOPY)) return false;

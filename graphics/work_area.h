@@ -41,6 +41,9 @@ constexpr long long kMaxWorkPixels = 64LL << 20;
 // Whether dc's pixels can be read back (not a printer or a metafile).
 bool readableDc(HDC dc);
 
+// The part of `area` that dc can show (its clip box); false when none.
+bool visiblePart(HDC dc, const RECT& area, RECT& visible);
+
 // Reads the w x h area of dc at (x, y), lets `edit` change the pixels and
 // writes them back. False when the area is empty or too large, or the DC
 // cannot be read or written.
