@@ -63,13 +63,13 @@ void fillWith(Simd simd, const Pixels32& px, Rgb c, int opacity) {
 void fill(const Pixels32& px, Rgb c, int opacity) { fillWith(Simd::Best, px, c, opacity); }
 
 void fillGraded(const Pixels32& px, Rgb start, Rgb end, int startOpacity, int endOpacity, Direction direction) {
-    gradients::Positions pos(direction, px.width, px.height);
+    gradients::Positions pos(direction, px.fullWidth(), px.fullHeight());
     const int last = pos.last();
     const auto r = gradients::ramp(start.r, end.r, last), g = gradients::ramp(start.g, end.g, last),
                b = gradients::ramp(start.b, end.b, last), o = gradients::ramp(startOpacity, endOpacity, last);
     for (int y = 0; y < px.height; ++y) {
         uint32_t* row = px.row(y);
-        int p = pos.rowStart(y);
+        int p = pos.rowStart(y + px.y0) + px.x0 * pos.step();
         for (int x = 0; x < px.width; ++x, p += pos.step()) {
             const uint32_t d = row[x];
             const int a = o[p];

@@ -10,18 +10,21 @@ using gradients::Pixels32;
 
 namespace {
 
-bool empty(const RECT& r) { return r.right <= r.left || r.bottom <= r.top; }
+// Gradients keep a value per position along the area: areas are limited to
+// 2^24 pixels each way (far beyond any device), so those tables stay small.
+constexpr long long kMaxSide = 1 << 24;
+bool empty(const RECT& r) {
+    const long long w = static_cast<long long>(r.right) - r.left, h = static_cast<long long>(r.bottom) - r.top;
+    return w <= 0 || h <= 0 || w > kMaxSide || h > kMaxSide;
+}
 int width(const RECT& r) { return r.right - r.left; }
 int height(const RECT& r) { return r.bottom - r.top; }
 
-// Opaque pixels need no reading: computed in the work bitmap, copied out.
+// Opaque pixels need no reading: computed band by band, copied out.
 template <class F>
-bool paintOpaque(HDC dc, const RECT& r, F&& fill) {
+bool paintOpaque(HDC dc, const RECT& r, F&& fill, bool rowsAlike = false) {
     if (!dc || empty(r)) return false;
-    Surface32 s(width(r), height(r));
-    if (!s.ok()) return false;
-    fill(s.pixels());
-    return writeSurface(dc, r.left, r.top, s);
+    return writeBands(dc, r, fill, rowsAlike);
 }
 
 // A DC that cannot be read gets the fill as a premultiplied layer for AlphaBlend.
@@ -46,9 +49,9 @@ bool blendUnreadable(HDC dc, const RECT& r, const std::function<void(const Pixel
 }  // namespace
 
 bool drawLinearGradient(HDC dc, const RECT& r, COLORREF start, COLORREF end, gradients::Direction d) {
-    return paintOpaque(dc, r, [&](const Pixels32& px) {
-        gradients::linear(px, fromColorRef(start), fromColorRef(end), d);
-    });
+    return paintOpaque(
+        dc, r, [&](const Pixels32& px) { gradients::linear(px, fromColorRef(start), fromColorRef(end), d); },
+        d == gradients::Direction::Horizontal);
 }
 
 bool drawCornerGradient(HDC dc, const RECT& r, COLORREF tl, COLORREF tr, COLORREF bl, COLORREF br) {
@@ -69,8 +72,7 @@ bool drawAlphaFill(HDC dc, const RECT& r, COLORREF color, int opacity) {
     if (!readableDc(dc))
         return blendUnreadable(dc, r, [&](const Pixels32& px) { gradients::linear(px, c, c, {}); },
                                alpha::Opacity(opacity));
-    return editArea(dc, r.left, r.top, width(r), height(r),
-                    [&](const Pixels32& px) { alpha::fill(px, c, opacity); });
+    return editBands(dc, r, [&](const Pixels32& px) { alpha::fill(px, c, opacity); });
 }
 
 bool drawAlphaGradient(HDC dc, const RECT& r, COLORREF start, COLORREF end, int startOpacity, int endOpacity,
@@ -80,7 +82,7 @@ bool drawAlphaGradient(HDC dc, const RECT& r, COLORREF start, COLORREF end, int 
     if (!readableDc(dc))
         return blendUnreadable(dc, r, [&](const Pixels32& px) { gradients::linear(px, s, e, d); },
                                alpha::Opacity(startOpacity, endOpacity, d, width(r), height(r)));
-    return editArea(dc, r.left, r.top, width(r), height(r), [&](const Pixels32& px) {
+    return editBands(dc, r, [&](const Pixels32& px) {
         alpha::fillGraded(px, s, e, startOpacity, endOpacity, d);
     });
 }

@@ -16,7 +16,12 @@ struct Pixels32 {
     uint32_t* top = nullptr;
     ptrdiff_t stride = 0;
     int width = 0, height = 0;
+    // Where these pixels lie in the whole area a gradient spans (a band of
+    // it, say): offset and the area's size (0: these pixels are the area).
+    int x0 = 0, y0 = 0, areaWidth = 0, areaHeight = 0;
     uint32_t* row(int y) const { return top + y * stride; }
+    int fullWidth() const { return areaWidth ? areaWidth : width; }
+    int fullHeight() const { return areaHeight ? areaHeight : height; }
 };
 
 enum class Direction { Horizontal, Vertical, DiagonalDown, DiagonalUp };

@@ -1,5 +1,6 @@
 #include "work_area.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace tova {
@@ -54,6 +55,73 @@ bool editArea(HDC dc, int x, int y, int w, int h, const std::function<void(const
     GdiFlush();  // the DIB's memory is read directly
     edit(s.pixels());
     return BitBlt(dc, x, y, w, h, s.dc(), 0, 0, SRCCOPY) != 0;
+}
+
+namespace {
+
+// About 256 KB of pixels per band.
+int bandRows(int w, int h) { return std::max(1, std::min(h, (1 << 16) / std::max(w, 1))); }
+
+}  // namespace
+
+namespace {
+
+// The visible part of `area` as a rectangle and the band work bitmap for it.
+struct Banding {
+    RECT visible{};
+    int width = 0, height = 0, rows = 0;
+    bool any = false;
+    Banding(HDC dc, const RECT& area) {
+        any = visiblePart(dc, area, visible);
+        width = visible.right - visible.left;
+        height = visible.bottom - visible.top;
+        rows = bandRows(width, height);
+    }
+    gradients::Pixels32 band(const Surface32& s, const RECT& area, int top, int n) const {
+        gradients::Pixels32 px = s.pixels();
+        px.height = n;
+        px.x0 = visible.left - area.left, px.y0 = visible.top - area.top + top;
+        px.areaWidth = area.right - area.left, px.areaHeight = area.bottom - area.top;
+        return px;
+    }
+};
+
+}  // namespace
+
+bool editBands(HDC dc, const RECT& area, const std::function<void(const gradients::Pixels32&)>& edit) {
+    if (!dc) return false;
+    Banding b(dc, area);
+    if (!b.any) return true;
+    Surface32 s(b.width, b.rows);
+    if (!s.ok()) return false;
+    const int x = b.visible.left, y = b.visible.top;
+    for (int top = 0; top < b.height; top += b.rows) {
+        const int n = std::min(b.rows, b.height - top);
+        if (!BitBlt(s.dc(), 0, 0, b.width, n, dc, x, y + top, SRCCOPY)) return false;
+        GdiFlush();
+        edit(b.band(s, area, top, n));
+        if (!BitBlt(dc, x, y + top, b.width, n, s.dc(), 0, 0, SRCCOPY)) return false;
+    }
+    return true;
+}
+
+bool writeBands(HDC dc, const RECT& area, const std::function<void(const gradients::Pixels32&)>& fill,
+                bool rowsAlike) {
+    if (!dc) return false;
+    Banding b(dc, area);
+    if (!b.any) return true;
+    Surface32 s(b.width, b.rows);
+    if (!s.ok()) return false;
+    const int x = b.visible.left, y = b.visible.top;
+    for (int top = 0; top < b.height; top += b.rows) {
+        const int n = std::min(b.rows, b.height - top);
+        if (top == 0 || !rowsAlike) {
+            GdiFlush();
+            fill(b.band(s, area, top, rowsAlike ? b.rows : n));
+        }
+        if (!BitBlt(dc, x, y + top, b.width, n, s.dc(), 0, 0, SRCCOPY)) return false;
+    }
+    return true;
 }
 
 bool writeSurface(HDC dc, int x, int y, const Surface32& surface) {

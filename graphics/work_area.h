@@ -49,6 +49,17 @@ bool visiblePart(HDC dc, const RECT& area, RECT& visible);
 // cannot be read or written.
 bool editArea(HDC dc, int x, int y, int w, int h, const std::function<void(const gradients::Pixels32&)>& edit);
 
+// Reads, edits and writes back the visible part of `area` (right and bottom
+// exclusive) in bands of rows: the work bitmap stays small enough for the
+// processor's cache however large the area, and what the DC cannot show costs
+// nothing. Each band's pixels carry their place in the whole area
+// (Pixels32::x0, y0, areaWidth, areaHeight). True when nothing is visible.
+bool editBands(HDC dc, const RECT& area, const std::function<void(const gradients::Pixels32&)>& edit);
+// Fills the visible part of `area` band by band with what `fill` computes,
+// without reading it. With `rowsAlike` one band is computed and repeated.
+bool writeBands(HDC dc, const RECT& area, const std::function<void(const gradients::Pixels32&)>& fill,
+                bool rowsAlike);
+
 // Copies an opaque surface to dc at (x, y).
 bool writeSurface(HDC dc, int x, int y, const Surface32& surface);
 
