@@ -23,17 +23,20 @@ bool paintClipped(const PictureFacts& f, const PaintRequest& area, long px, long
     return paintResolved(f, r);
 }
 
-PaintFailure start(IPictureDisp* picture, const PaintRequest& area, PictureFacts& f) {
+// Reads the picture and gives an area size of 0 the picture's own.
+PaintFailure start(IPictureDisp* picture, PaintRequest& area, PictureFacts& f) {
     if (!readPicture(picture, f)) return PaintFailure::BadPicture;
     if (area.width < 0 || area.height < 0) return PaintFailure::BadArgument;
-    if (!area.dc || area.width == 0 || area.height == 0) return PaintFailure::Platform;
-    return PaintFailure::None;
+    if (area.width == 0) area.width = f.width;
+    if (area.height == 0) area.height = f.height;
+    return area.dc ? PaintFailure::None : PaintFailure::Platform;
 }
 
 }  // namespace
 
-PaintFailure paintTiled(IPictureDisp* picture, const PaintRequest& area, long offsetX, long offsetY) {
+PaintFailure paintTiled(IPictureDisp* picture, const PaintRequest& request, long offsetX, long offsetY) {
     PictureFacts f;
+    PaintRequest area = request;
     PaintFailure failure = start(picture, area, f);
     if (failure != PaintFailure::None) return failure;
     // Only the visible part is composed, from one rasterised copy of the
@@ -61,16 +64,18 @@ PaintFailure paintTiled(IPictureDisp* picture, const PaintRequest& area, long of
     return composeLayer(area.dc, visible.left, visible.top, layer) ? PaintFailure::None : PaintFailure::Platform;
 }
 
-PaintFailure paintCentred(IPictureDisp* picture, const PaintRequest& area) {
+PaintFailure paintCentred(IPictureDisp* picture, const PaintRequest& request) {
     PictureFacts f;
+    PaintRequest area = request;
     PaintFailure failure = start(picture, area, f);
     if (failure != PaintFailure::None) return failure;
     const long x = area.x + floorDiv(area.width - f.width, 2), y = area.y + floorDiv(area.height - f.height, 2);
     return paintClipped(f, area, x, y) ? PaintFailure::None : PaintFailure::Platform;
 }
 
-PaintFailure paintFitted(IPictureDisp* picture, const PaintRequest& area, Fit fit) {
+PaintFailure paintFitted(IPictureDisp* picture, const PaintRequest& request, Fit fit) {
     PictureFacts f;
+    PaintRequest area = request;
     PaintFailure failure = start(picture, area, f);
     if (failure != PaintFailure::None) return failure;
     // Width-bound when the area is relatively taller than the picture.

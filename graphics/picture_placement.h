@@ -6,7 +6,8 @@
 
 namespace tova {
 
-// request.x/y/width/height is the area; the picture keeps its own size.
+// request.x/y/width/height is the area (sizes of 0: the picture's own); the
+// picture keeps its own size.
 // Offsets move the first tile from the area's top-left.
 PaintFailure paintTiled(IPictureDisp* picture, const PaintRequest& area, long offsetX, long offsetY);
 PaintFailure paintCentred(IPictureDisp* picture, const PaintRequest& area);
