@@ -21,19 +21,39 @@ void each(const PixelRows& px, F&& f) {
     }
 }
 
-// Each pixel becomes table[Y], blended over it by amount.
+// x \ 255 for 0 <= x < 65535 without a division.
+inline uint32_t div255(uint32_t x) { return (x * 0x8081u) >> 23; }
+
+// Each pixel becomes table[Y], blended over it by amount. Pixels are read into
+// locals before anything is stored: stores through byte pointers may alias
+// anything, and would make the compiler reload the tables for every pixel.
 void byLuminance(const PixelRows& px, const Rgb (&table)[256], int amount) {
+    uint32_t packed[256];
+    for (int y = 0; y < 256; ++y) packed[y] = colour::toPixel(table[y]);
+    const int n = px.bytesPerPixel, w = px.width;
     if (amount == 255) {
-        each(px, [&](uint8_t& b, uint8_t& g, uint8_t& r) {
-            const Rgb& t = table[colour::luminance(r, g, b)];
-            b = uint8_t(t.b), g = uint8_t(t.g), r = uint8_t(t.r);
-        });
+        for (int y = 0; y < px.height; ++y) {
+            uint8_t* p = px.top + y * px.stride;
+            for (int x = 0; x < w; ++x, p += n) {
+                const uint32_t t = packed[colour::luminance(p[2], p[1], p[0])];
+                p[0] = uint8_t(t), p[1] = uint8_t(t >> 8), p[2] = uint8_t(t >> 16);
+            }
+        }
         return;
     }
-    each(px, [&](uint8_t& b, uint8_t& g, uint8_t& r) {
-        const Rgb& t = table[colour::luminance(r, g, b)];
-        b = uint8_t(blend(t.b, b, amount)), g = uint8_t(blend(t.g, g, amount)), r = uint8_t(blend(t.r, r, amount));
-    });
+    // blend(t, d, a) = (t a + 127 + d (255 - a)) \ 255, the two products from tables.
+    uint32_t mine[256], theirs[256];
+    for (int v = 0; v < 256; ++v) mine[v] = v * amount + 127, theirs[v] = v * (255 - amount);
+    for (int y = 0; y < px.height; ++y) {
+        uint8_t* p = px.top + y * px.stride;
+        for (int x = 0; x < w; ++x, p += n) {
+            const uint32_t b = p[0], g = p[1], r = p[2];
+            const uint32_t t = packed[colour::luminance(r, g, b)];
+            p[0] = uint8_t(div255(mine[t & 0xFF] + theirs[b]));
+            p[1] = uint8_t(div255(mine[(t >> 8) & 0xFF] + theirs[g]));
+            p[2] = uint8_t(div255(mine[t >> 16] + theirs[r]));
+        }
+    }
 }
 
 }  // namespace
