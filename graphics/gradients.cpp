@@ -7,7 +7,7 @@ namespace tova::gradients {
 
 using colour::Rgb;
 
-Positions::Positions(Direction d, int width, int height) : direction_(d), width_(width), height_(height) {
+Positions::Positions(Direction d, int width, int height) : direction_(d), height_(height) {
     switch (d) {
     case Direction::Horizontal: last_ = width - 1; break;
     case Direction::Vertical: last_ = height - 1; break;

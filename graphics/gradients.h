@@ -38,7 +38,7 @@ public:
 
 private:
     Direction direction_;
-    int width_, height_, last_;
+    int height_, last_;
 };
 
 // round(start + (end - start) * p / last) for p = 0 .. last.
