@@ -210,6 +210,17 @@ TEST_F(GDIMethodsTest, AlphaFillsBlendWithTheFixedArithmetic) {
         EXPECT_EQ(VARIANT_TRUE, ok);
         for (int x = 0; x < 7; ++x) EXPECT_EQ(RGB(k.expected, k.expected, k.expected), c.pixel(x, 1)) << x;
     }
+    // A DC that cannot be read (a metafile) gets the fill through AlphaBlend: within 1.
+    HDC meta = CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
+    ASSERT_EQ(S_OK, gdi->DrawAlphaFill(tova::fromHandle(meta), 0, 0, 4, 4, 0, 128, &ok));
+    EXPECT_EQ(VARIANT_TRUE, ok);
+    HENHMETAFILE recorded = CloseEnhMetaFile(meta);
+    Canvas played(4, 4, kWhite);
+    const RECT frame{0, 0, 4, 4};
+    PlayEnhMetaFile(played.dc(), recorded, &frame);
+    DeleteEnhMetaFile(recorded);
+    EXPECT_NEAR(127, GetRValue(played.pixel(2, 2)), 1);
+
     Canvas g(256, 2, kWhite);
     TOVA_RECT r{0, 0, 256, 2};
     ASSERT_EQ(S_OK, gdi->DrawAlphaGradient2(g.handle(), &r, 0, 0, 0, 255, tovaGradientHorizontal, &ok));

@@ -52,15 +52,17 @@ ComPtr<IPictureDisp> picture(int w, int h, const std::function<COLORREF(int, int
 
 ComPtr<IPictureDisp> solid(int w, int h, COLORREF c) { return picture(w, h, [c](int, int) { return c; }); }
 
-// A 16 x 16 icon of `colour`, with per-pixel alpha when `alpha` is given.
-HICON icon(COLORREF colour, const std::function<int(int, int)>& alpha = nullptr) {
+// A 16 x 16 icon of `colour`, with per-pixel alpha when `alpha` is given;
+// without, its mask leaves out the right half when `halfMasked`.
+HICON icon(COLORREF colour, const std::function<int(int, int)>& alpha = nullptr, bool halfMasked = false) {
     ICONINFO ii{};
     ii.fIcon = TRUE;
-    ii.hbmColor = dib32(16, 16, [colour](int, int) { return colour; }, alpha ? alpha : [](int, int) { return 255; });
+    ii.hbmColor = dib32(16, 16, [colour](int, int) { return colour; }, alpha ? alpha : [](int, int) { return 0; });
     ii.hbmMask = CreateBitmap(16, 16, 1, 1, nullptr);
     HDC dc = CreateCompatibleDC(nullptr);
     HGDIOBJ old = SelectObject(dc, ii.hbmMask);
     PatBlt(dc, 0, 0, 16, 16, BLACKNESS);  // black mask: every pixel painted
+    if (halfMasked) PatBlt(dc, 8, 0, 8, 16, WHITENESS);
     SelectObject(dc, old);
     DeleteDC(dc);
     HICON i = CreateIconIndirect(&ii);
@@ -157,6 +159,13 @@ TEST_F(PaintMethodsTest, AlphaGradientAndColourised) {
         EXPECT_EQ(255, GetRValue(i.pixel(x, 8)));
         EXPECT_NEAR(255 - x * 17, GetGValue(i.pixel(x, 8)), 1) << x;
     }
+
+    // Pixels an icon's mask leaves out stay as they were under every effect.
+    auto half = wrap(icon(kRed, nullptr, true), PICTYPE_ICON);
+    Canvas m(16, 16);
+    paint->StretchPaintAlphaStdPic(m.handle(), 0, 0, 0, 0, half.get(), 128, -1, VARIANT_FALSE, 0, 0, 0, 0, &ok);
+    EXPECT_EQ(RGB((255 * 128 + 1 * 127 + 127) / 255, (2 * 127 + 127) / 255, (3 * 127 + 127) / 255), m.pixel(3, 3));
+    EXPECT_EQ(kSentinel, m.pixel(12, 3));
 
     Canvas h(256, 1, kWhite);
     auto blackRow = solid(256, 1, kBlack);
