@@ -307,7 +307,7 @@ STDMETHODIMP PaintMethods::CPictureByteArray(VARIANT Source, CPictureByteArrayCo
         const VARTYPE vt = V_VT(v) & ~VT_BYREF;
         if (vt == (VT_ARRAY | VT_UI1)) {
             // Bytes to a picture: the format is read from the bytes themselves.
-            SAFEARRAY* a = (V_VT(v) & VT_BYREF) ? *V_ARRAYREF(v) : V_ARRAY(v);
+            SAFEARRAY* a = (V_VT(v) & VT_BYREF) ? (V_ARRAYREF(v) ? *V_ARRAYREF(v) : nullptr) : V_ARRAY(v);
             if (!a || SafeArrayGetDim(a) != 1) raise(kInvalidArgument);
             ArrayData data(a);
             if (!data.locked()) raise(kInvalidArgument);
@@ -319,7 +319,7 @@ STDMETHODIMP PaintMethods::CPictureByteArray(VARIANT Source, CPictureByteArrayCo
             return;
         }
         if (vt != VT_DISPATCH && vt != VT_UNKNOWN) raise(kInvalidArgument);
-        IUnknown* object = (V_VT(v) & VT_BYREF) ? *V_UNKNOWNREF(v) : V_UNKNOWN(v);
+        IUnknown* object = (V_VT(v) & VT_BYREF) ? (V_UNKNOWNREF(v) ? *V_UNKNOWNREF(v) : nullptr) : V_UNKNOWN(v);
         ComPtr<IPictureDisp> picture = ComPtr<IUnknown>(object).as<IPictureDisp>(IID_IPictureDisp);
         if (!picture) raise(kInvalidPicture);
         if (Conversion == tovaPictureConvJPEG && (Quality < 1 || Quality > 100)) raise(kInvalidArgument);
