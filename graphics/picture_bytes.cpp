@@ -15,16 +15,20 @@ namespace {
 ComPtr<IPictureDisp> fromBmp(const uint8_t* data, size_t size) {
     bmp::Layout l;
     if (!bmp::read(data, size, l)) return nullptr;
-    // A BITMAPINFO of our own: the 40-byte header, then masks or colours.
-    std::vector<uint8_t> info(40 + (l.bitFields ? 12 : 0) + l.colourCount * 4);
-    std::memcpy(info.data(), l.header, 40);
-    BITMAPINFOHEADER* h = reinterpret_cast<BITMAPINFOHEADER*>(info.data());
-    h->biSize = 40;
-    h->biHeight = l.bottomUp ? l.height : -l.height;
-    if (l.bitFields) std::memcpy(info.data() + 40, l.masks, 12);
-    if (l.colourCount) std::memcpy(info.data() + 40 + (l.bitFields ? 12 : 0), l.colours, l.colourCount * 4);
+    // A BITMAPINFO of our own: the 40-byte header, then masks or colours
+    // (at most 3 masks or 256 colours, as the reader checked).
+    struct {
+        BITMAPINFOHEADER h;
+        DWORD extra[3 + 256];
+    } info{};
+    std::memcpy(&info.h, l.header, sizeof info.h);
+    info.h.biSize = sizeof info.h;
+    info.h.biHeight = l.bottomUp ? l.height : -l.height;
+    uint8_t* extra = reinterpret_cast<uint8_t*>(info.extra);
+    if (l.bitFields) std::memcpy(extra, l.masks, 12);
+    if (l.colourCount) std::memcpy(extra + (l.bitFields ? 12 : 0), l.colours, l.colourCount * 4);
     void* bits = nullptr;
-    HBITMAP dib = CreateDIBSection(nullptr, reinterpret_cast<BITMAPINFO*>(info.data()), DIB_RGB_COLORS, &bits,
+    HBITMAP dib = CreateDIBSection(nullptr, reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS, &bits,
                                    nullptr, 0);
     if (!dib || !bits) {
         if (dib) DeleteObject(dib);
