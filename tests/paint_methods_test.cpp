@@ -337,6 +337,26 @@ TEST_F(PaintMethodsTest, PictureByteArraysRoundTrip) {
         else
             EXPECT_LT(error / (7 * 5 * 3), 12) << "a JPEG image is close";
     }
+    // An 8-bit top-down file with a palette of three colours, made by hand.
+    const uint8_t pal8[] = {'B', 'M', 0x4E, 0, 0, 0, 0, 0, 0, 0, 0x42, 0, 0, 0,               // file header
+                            40, 0, 0, 0, 4, 0, 0, 0, 0xFD, 0xFF, 0xFF, 0xFF, 1, 0, 8, 0,      // 4 x -3, 8 bits
+                            0, 0, 0, 0, 12, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0,
+                            0, 0, 0, 0, 255, 255, 255, 0, 0, 0, 255, 0,                        // black, white, red
+                            0, 1, 2, 1, 2, 2, 2, 2, 0, 0, 0, 0};
+    Variant file;
+    V_VT(&file) = VT_ARRAY | VT_UI1;
+    V_ARRAY(&file) = SafeArrayCreateVector(VT_UI1, 0, sizeof pal8);
+    memcpy(V_ARRAY(&file)->pvData, pal8, sizeof pal8);
+    Variant fromFile;
+    ASSERT_EQ(S_OK, paint->CPictureByteArray(file, tovaPictureConvBMP, 90, fromFile.put()));
+    Canvas p8(4, 3);
+    paint->StretchPaintNormalStdPic(p8.handle(), 0, 0, 0, 0, reinterpret_cast<IPictureDisp*>(V_DISPATCH(&fromFile)), 0,
+                                    0, 0, 0, &ok);
+    EXPECT_EQ(kWhite, p8.pixel(1, 0)) << "top-down: the first row in the file is the top";
+    EXPECT_EQ(kRed, p8.pixel(2, 0));
+    EXPECT_EQ(kRed, p8.pixel(0, 1));
+    EXPECT_EQ(kBlack, p8.pixel(3, 2));
+
     Variant junk = longArray({1, 2, 3}), out;
     SAFEARRAY* raw = SafeArrayCreateVector(VT_UI1, 0, 64);
     Variant bytes;
