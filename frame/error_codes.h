@@ -11,6 +11,7 @@ enum RuntimeError : long {
     kInvalidArgument = 5,      // "Invalid procedure call or argument"
     kOverflow = 6,
     kSubscriptOutOfRange = 9,
+    kDivisionByZero = 11,
     kOutOfMemory = 7,
     kTypeMismatch = 13,
     kCannotPerform = 17,       // operation not possible in the current state

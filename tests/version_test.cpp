@@ -106,7 +106,26 @@ TEST(SystemVersionInfo, MatchesTheSystem) {
     MultiByteToWideChar(CP_ACP, 0, ex.szCSDVersion, -1, wide, 128);
     EXPECT_EQ(std::wstring(wide), csd.str());
 
+    // APIMethods reads the true version, which Wine's configuration sets too.
+    auto api = create<_APIMethods>(CLSID_APIMethods, IID__APIMethods);
+    Bstr text;
+    SystemTypeConstants apiType{};
+    VARIANT_BOOL seven = VARIANT_FALSE, eight = VARIANT_TRUE;
+    api->GetOSVersionString(text.put());
+    api->GetSystemType(&apiType);
+    api->IsOSVersionAtLeast(6, 1, 0, &seven);
+    api->IsOSVersionAtLeast(6, 2, 0, &eight);
+    EXPECT_EQ(type, apiType);
+
     const char* configured = std::getenv("TOVA_CONFIGURED_VERSION");
+    if (configured && std::strcmp(configured, "win7") == 0) {
+        EXPECT_EQ(L"6.1.7601 Service Pack 1", text.str());
+        EXPECT_TRUE(seven);
+        EXPECT_FALSE(eight);
+    } else if (configured && std::strcmp(configured, "winxp") == 0) {
+        EXPECT_EQ(L"5.", text.str().substr(0, 2));
+        EXPECT_FALSE(seven);
+    }
     if (!configured) {
         // Wine's default: Windows 7, which the table does not know.
         EXPECT_EQ(classify(platform, ex.dwMajorVersion, ex.dwMinorVersion), type);

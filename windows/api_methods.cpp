@@ -10,7 +10,7 @@ HRESULT createAPIMethods(REFIID riid, void** ppv) { return APIMethods::create(ri
 
 STDMETHODIMP APIMethods::DrawEdge(LONG hDC, TOVA_RECT* pRECT, EdgeStyleConstants EdgeStyle,
                                   EdgeModeConstants EdgeMode, LONG* pRet) {
-    return guard([&] {
+    return api([&] {
         RECT rc = toWin32(*required(pRECT));
         *required(pRet) = drawEdge(toHandle<HDC>(hDC), rc, EdgeStyle, EdgeMode);
         *pRECT = fromWin32(rc);
@@ -19,7 +19,7 @@ STDMETHODIMP APIMethods::DrawEdge(LONG hDC, TOVA_RECT* pRECT, EdgeStyleConstants
 
 STDMETHODIMP APIMethods::DrawText(LONG hDC, BSTR* Text, TOVA_RECT* pRECT, DrawTextFormatConstants wFormat,
                                   LONG* pRet) {
-    return guard([&] {
+    return api([&] {
         std::wstring text = Bstr(*required(Text), SysStringLen(*Text)).str();
         const std::wstring original = text;
         RECT rc = toWin32(*required(pRECT));
@@ -33,7 +33,7 @@ STDMETHODIMP APIMethods::DrawText(LONG hDC, BSTR* Text, TOVA_RECT* pRECT, DrawTe
 
 STDMETHODIMP APIMethods::DrawGradient(LONG hDC, LONG* Left, LONG* Top, LONG* Right, LONG* Bottom, LONG StartColor,
                                       LONG EndColor, VARIANT_BOOL Vertical, VARIANT_BOOL* pRet) {
-    return guard([&] {
+    return api([&] {
         RECT rc{*required(Left), *required(Top), *required(Right), *required(Bottom)};
         *required(pRet) = toVB(drawGradient(toHandle<HDC>(hDC), rc, StartColor, EndColor, fromVB(Vertical)));
     });

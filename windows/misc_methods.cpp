@@ -1,7 +1,11 @@
 #include "misc_methods.h"
 
+#include "environment_timing.h"
+#include "decimal_rounding.h"
+#include "message_pump.h"
 #include "sound.h"
 #include "timer.h"
+#include "value_helpers.h"
 
 namespace tova {
 
@@ -55,6 +59,93 @@ STDMETHODIMP MiscMethods::StopSound() {
     return guard([&] {
         if (player_) player_->stop();
     });
+}
+
+// ------------------------------------------------------------ message pump
+
+STDMETHODIMP MiscMethods::DoEvents(LONG* pRet) {
+    return guard([&] { *required(pRet) = pump::doEvents(); });
+}
+
+STDMETHODIMP MiscMethods::WaitWithEvents(LONG Interval, VARIANT_BOOL* pRet) {
+    return guard([&] { *required(pRet) = toVB(pump::waitWithEvents(Interval)); });
+}
+
+// ----------------------------------------------------------- value helpers
+
+STDMETHODIMP MiscMethods::IIf(VARIANT Condition, VARIANT TrueValue, VARIANT FalseValue, VARIANT* pRet) {
+    return guard([&] {
+        VariantInit(required(pRet));
+        values::iif(Condition, TrueValue, FalseValue, pRet);
+    });
+}
+
+STDMETHODIMP MiscMethods::NullToValue(VARIANT Value, VARIANT ValueIfNull, VARIANT* pRet) {
+    return guard([&] {
+        VariantInit(required(pRet));
+        values::nullToValue(Value, &ValueIfNull, pRet);
+    });
+}
+
+STDMETHODIMP MiscMethods::SafeDivide(VARIANT Numerator, VARIANT Denominator, VARIANT ValueIfZero, VARIANT* pRet) {
+    return guard([&] {
+        VariantInit(required(pRet));
+        values::safeDivide(Numerator, Denominator, &ValueIfZero, pRet);
+    });
+}
+
+STDMETHODIMP MiscMethods::Clamp(DOUBLE Value, DOUBLE Minimum, DOUBLE Maximum, DOUBLE* pRet) {
+    return guard([&] { *required(pRet) = values::clamp(Value, Minimum, Maximum); });
+}
+
+STDMETHODIMP MiscMethods::MinOf(VARIANT Values, VARIANT* pRet) {
+    return guard([&] {
+        VariantInit(required(pRet));
+        values::extreme(Values, false, pRet);
+    });
+}
+
+STDMETHODIMP MiscMethods::MaxOf(VARIANT Values, VARIANT* pRet) {
+    return guard([&] {
+        VariantInit(required(pRet));
+        values::extreme(Values, true, pRet);
+    });
+}
+
+STDMETHODIMP MiscMethods::RoundNumber(VARIANT Value, LONG Decimals, RoundingModeConstants Mode, VARIANT* pRet) {
+    return guard([&] {
+        VariantInit(required(pRet));
+        values::roundNumber(Value, Decimals, Mode, pRet);
+    });
+}
+
+STDMETHODIMP MiscMethods::Modulo(DOUBLE Dividend, DOUBLE Divisor, DOUBLE* pRet) {
+    return guard([&] {
+        if (Divisor == 0) raise(kDivisionByZero);   // as Mod does
+        *required(pRet) = rounding::modulo(Dividend, Divisor);
+    });
+}
+
+STDMETHODIMP MiscMethods::ArrayCount(VARIANT Values, LONG Dimension, LONG* pRet) {
+    return guard([&] { *required(pRet) = values::arrayCount(Values, Dimension); });
+}
+
+// ------------------------------------------------- process, thread, clock
+
+STDMETHODIMP MiscMethods::CurrentProcessId(LONG* pRet) {
+    return guard([&] { *required(pRet) = static_cast<LONG>(GetCurrentProcessId()); });
+}
+
+STDMETHODIMP MiscMethods::CurrentThreadId(LONG* pRet) {
+    return guard([&] { *required(pRet) = static_cast<LONG>(GetCurrentThreadId()); });
+}
+
+STDMETHODIMP MiscMethods::StartStopwatch(DOUBLE* pRet) {
+    return guard([&] { *required(pRet) = timing::milliseconds(); });
+}
+
+STDMETHODIMP MiscMethods::ReadStopwatch(DOUBLE Start, DOUBLE* pRet) {
+    return guard([&] { *required(pRet) = timing::milliseconds() - Start; });
 }
 
 }  // namespace tova
