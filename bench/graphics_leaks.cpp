@@ -36,6 +36,8 @@ int main(int argc, char** argv) {
         };
         run("MemoryDC", [&](long i) { c.memoryDC(i); });
         run("PaintMethods", [&](long i) { c.paintMethods(i); });
+        run("Colourising", [&](long i) { c.colourising(i); });
+        run("GDIMethods", [&](long i) { c.gdiMethods(i); });
         run("DIBSection", [&](long i) { c.dibSection(i); });
         run("JPEGMethods", [&](long i) { c.jpegMethods(i); });
         run("AlphaDIBSection", [&](long i) { c.alphaDIBSection(i); });

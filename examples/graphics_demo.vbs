@@ -59,6 +59,46 @@ If alpha.SavePicture(bmpFile) Then
     WScript.Echo "AlphaDIBSection.SavePicture wrote " & bmpFile & " (" & fso.GetFile(bmpFile).Size & " bytes: 62 header bytes and 4 per pixel)."
 End If
 
+' Effects: the scene as thumbnails painted plainly, disabled, shadowed,
+' colourised and faded, and an embossed star, on a radial gradient with frames.
+Dim fx, scene, fxJpg, fxBmp, bytes, back, w, h, sepia
+fxJpg = folder & "\graphics_effects.jpg"
+fxBmp = folder & "\graphics_effects.bmp"
+Set scene = m.Picture
+Set fx = gdi.CreateMemoryDC(480, 260, RGB(255, 255, 255))
+gdi.DrawRadialGradient fx.hDC, 0, 0, 480, 260, RGB(255, 250, 220), RGB(120, 140, 180)
+paint.StretchPaintNormalStdPic fx.hDC, 10, 10, 150, 94, scene
+paint.StretchPaintDisabledStdPic fx.hDC, 165, 10, 150, 94, scene
+' Embossing shows a picture's ink (what is not white): a black star on white.
+Dim star
+Set star = gdi.CreateMemoryDC(150, 94, RGB(255, 255, 255))
+gdi.DrawPolygon star.hDC, Array(75, 4, 98, 76, 36, 31, 114, 31, 52, 76), 0, 0, 1, 0, 0, 0, 2
+paint.StretchPaintEmbossedStdPic fx.hDC, 320, 10, 150, 94, star.Picture, -1, RGB(255, 255, 255), RGB(90, 90, 110)
+paint.StretchPaintShadowedStdPic fx.hDC, 10, 120, 150, 94, scene, -1, RGB(40, 40, 40), 6, 6, 110
+paint.StretchPaintColourisedStdPic fx.hDC, 165, 120, 150, 94, scene, RGB(200, 120, 40)
+paint.StretchPaintAlphaGradientStdPic fx.hDC, 320, 120, 150, 94, scene, 255, 0, 0
+For x = 0 To 2
+    gdi.DrawFrame3D fx.hDC, 8 + 155 * x, 8, 162 + 155 * x, 106, 1, 2
+Next
+gdi.DrawAlphaGradient fx.hDC, 0, 226, 480, 260, RGB(20, 40, 120), RGB(20, 40, 120), 0, 200, 0
+gdi.DrawPolyline fx.hDC, Array(10, 250, 120, 232, 240, 248, 360, 230, 470, 246), RGB(255, 255, 255), 0, 2
+w = 0: h = 0
+paint.PictureDimensions fx.Picture, w, h
+WScript.Echo "Effects: thumbnails plain, disabled, shadowed, colourised and faded, a star embossed, on a radial gradient, " & w & " x " & h & "."
+bytes = paint.CPictureByteArray(fx.Picture, 1, 90)
+Set back = paint.CPictureByteArray(bytes)
+' (Wine's VBScript cannot take UBound or LenB of a Byte array; Windows' can.)
+WScript.Echo "CPictureByteArray made a JPEG file image (VarType " & VarType(bytes) & ", a Byte array) and a " & TypeName(back) & " again from it."
+Set sepia = CreateObject("TOVA32.DIBSection")
+sepia.CreateFromPicture back
+paint.SepiaDIB sepia, 128
+WScript.Echo "SepiaDIB toned the copy half way; ReplaceColorDIB found " & paint.ReplaceColorDIB(sepia, RGB(255, 255, 255), RGB(255, 255, 255), 8) & " near-white pixels."
+sepia.CreateFromPicture fx.Picture
+If jpeg.SaveJPG(sepia, fxJpg, 90) Then WScript.Echo "Saved the effects as " & fxJpg & "."
+Set alpha = CreateObject("TOVA32.AlphaDIBSection")
+alpha.CreateFromPicture fx.Picture
+If alpha.SavePicture(fxBmp) Then WScript.Echo "Saved them as " & fxBmp & " too."
+
 ' Errors a script may meet.
 On Error Resume Next
 alpha.SavePicture folder & "\no\such\folder\x.bmp"
@@ -66,6 +106,12 @@ WScript.Echo "SavePicture into a missing folder raises error " & Err.Number & " 
 Err.Clear
 Set m = gdi.CreateMemoryDC(0, 10)
 WScript.Echo "CreateMemoryDC(0, 10) raises error " & Err.Number & ": " & Err.Description & "."
+Err.Clear
+paint.GreyscaleDIB Nothing
+WScript.Echo "GreyscaleDIB Nothing raises error " & Err.Number & " (no picture to work on)."
+Err.Clear
+gdi.DrawLinearGradient fx.hDC, 0, 0, 10, 10, 0, 0, 7
+WScript.Echo "A gradient direction of 7 raises error " & Err.Number & "."
 On Error GoTo 0
 
 WScript.Echo "graphics_demo.vbs: done"

@@ -95,6 +95,13 @@
 #undef DT_CHARSTREAM
 #undef DT_METAFILE
 #undef DT_DISPFILE
+#undef RGN_AND
+#undef RGN_OR
+#undef RGN_XOR
+#undef RGN_DIFF
+#undef RGN_COPY
+#undef ALTERNATE
+#undef WINDING
 
 // System metrics, colours and special folders of APIMethods.
 #undef CSIDL_DESKTOP

@@ -169,7 +169,7 @@ public:
     ~GdiObject() { if (h_) DeleteObject(h_); }
     H get() const { return h_; }
     explicit operator bool() const { return h_ != nullptr; }
-    // Gives the object up to a new owner (a window taking its region).
+    // Hands the object over to a new owner (a caller, or a window taking its region).
     H release() { H h = h_; h_ = nullptr; return h; }
 
 private:

@@ -8,21 +8,25 @@ long translateColor(long color) {
     return static_cast<long>(rgb);
 }
 
-namespace {
-
-COLORREF colorArgument(long color) {
+COLORREF colourArgument(long color) {
     long rgb = translateColor(color);
     if (rgb == -1) raise(kInvalidArgument);
     return static_cast<COLORREF>(rgb);
 }
 
-HPEN makePen(const ShapeStyle& s, Pen& owned) {
-    if (s.borderStyle < PS_SOLID || s.borderStyle > PS_INSIDEFRAME || s.borderWidth < 0) raise(kInvalidArgument);
-    if (s.borderStyle == PS_NULL) return static_cast<HPEN>(GetStockObject(NULL_PEN));
-    COLORREF c = colorArgument(s.borderColor);
-    owned = Pen(CreatePen(static_cast<int>(s.borderStyle), static_cast<int>(s.borderWidth), c));
+namespace {
+
+COLORREF colorArgument(long color) { return colourArgument(color); }
+
+HPEN makePen(long color, long style, long width, Pen& owned) {
+    if (style < PS_SOLID || style > PS_INSIDEFRAME || width < 0) raise(kInvalidArgument);
+    if (style == PS_NULL) return static_cast<HPEN>(GetStockObject(NULL_PEN));
+    COLORREF c = colorArgument(color);
+    owned = Pen(CreatePen(static_cast<int>(style), static_cast<int>(width), c));
     return owned.get();
 }
+
+HPEN makePen(const ShapeStyle& s, Pen& owned) { return makePen(s.borderColor, s.borderStyle, s.borderWidth, owned); }
 
 HBRUSH makeBrush(const ShapeStyle& s, Brush& owned) {
     switch (s.backStyle) {
@@ -63,6 +67,42 @@ bool drawShape(Shape shape, HDC dc, const RECT& r, const ShapeStyle& style) {
         return ::Ellipse(dc, r.left, r.top, r.right, r.bottom) != 0;
     }
     return false;
+}
+
+bool drawLine(HDC dc, POINT from, POINT to, const LineStyle& style) {
+    Pen pen;
+    HPEN p = makePen(style.color, style.style, style.width, pen);
+    if (!dc || !p) return false;
+    Selection in(dc, p);
+    POINT old{};
+    if (!in.ok() || !MoveToEx(dc, from.x, from.y, &old)) return false;
+    const bool ok = LineTo(dc, to.x, to.y) != 0;
+    MoveToEx(dc, old.x, old.y, nullptr);
+    return ok;
+}
+
+bool drawPolyline(HDC dc, const std::vector<POINT>& points, const LineStyle& style) {
+    Pen pen;
+    HPEN p = makePen(style.color, style.style, style.width, pen);
+    if (!dc || !p) return false;
+    Selection in(dc, p);
+    return in.ok() && Polyline(dc, points.data(), static_cast<int>(points.size()));
+}
+
+bool drawPolygon(HDC dc, const std::vector<POINT>& points, const ShapeStyle& style, long fillMode) {
+    if (fillMode != ALTERNATE && fillMode != WINDING) raise(kInvalidArgument);
+    Pen pen;
+    Brush brush;
+    HPEN p = makePen(style, pen);
+    HBRUSH b = makeBrush(style, brush);
+    if (!dc || !p || !b) return false;
+    Selection penIn(dc, p);
+    Selection brushIn(dc, b);
+    if (!penIn.ok() || !brushIn.ok()) return false;
+    const int oldMode = SetPolyFillMode(dc, static_cast<int>(fillMode));
+    const bool ok = ::Polygon(dc, points.data(), static_cast<int>(points.size())) != 0;
+    if (oldMode) SetPolyFillMode(dc, oldMode);
+    return ok;
 }
 
 }  // namespace tova

@@ -1,7 +1,15 @@
 #include "paint_methods.h"
 
-#include "bitmaps.h"
+#include "arguments.h"
+#include "colour_math.h"
+#include "colourise.h"
 #include "gdi_draw.h"
+#include "picture_bytes.h"
+#include "picture_effects.h"
+#include "picture_placement.h"
+#include "section_pixels.h"
+
+#include <cmath>
 
 namespace tova {
 
@@ -11,100 +19,8 @@ HRESULT createPaintMethods(REFIID riid, void** ppv) { return PaintMethods::creat
 
 namespace {
 
-struct PictureFacts {
-    ComPtr<IPicture> picture;
-    SHORT type = PICTYPE_NONE;
-    HANDLE handle = nullptr;
-    long width = 0, height = 0;              // pixels
-    OLE_XSIZE_HIMETRIC hmWidth = 0;
-    OLE_YSIZE_HIMETRIC hmHeight = 0;
-};
-
-bool readPicture(IPictureDisp* disp, PictureFacts& f) {
-    if (!disp) return false;
-    f.picture = ComPtr<IPictureDisp>(disp).as<IPicture>(IID_IPicture);
-    if (!f.picture) return false;
-    OLE_HANDLE h = 0;
-    if (FAILED(f.picture->get_Type(&f.type)) || FAILED(f.picture->get_Handle(&h)) || !h) return false;
-    f.handle = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(h));
-    if (f.type == PICTYPE_NONE || f.type == PICTYPE_UNINITIALIZED) return false;
-    f.picture->get_Width(&f.hmWidth);
-    f.picture->get_Height(&f.hmHeight);
-    if (f.type == PICTYPE_BITMAP) {
-        BITMAP bm{};
-        if (!GetObjectW(f.handle, sizeof bm, &bm)) return false;
-        f.width = bm.bmWidth;
-        f.height = bm.bmHeight;
-    } else {
-        // Icons and metafiles know their size in HIMETRIC only.
-        ScreenDc screen(nullptr);
-        int dx = screen.get() ? GetDeviceCaps(screen.get(), LOGPIXELSX) : 96;
-        int dy = screen.get() ? GetDeviceCaps(screen.get(), LOGPIXELSY) : 96;
-        f.width = MulDiv(f.hmWidth, dx, 2540);
-        f.height = MulDiv(f.hmHeight, dy, 2540);
-    }
-    return f.width > 0 && f.height > 0;
-}
-
-// Renders the picture's source rectangle into dc at (x, y, w, h) through IPicture.
-bool render(const PictureFacts& f, HDC dc, long x, long y, long w, long h, long sx, long sy, long sw, long sh) {
-    // Render takes the source in HIMETRIC, measured from the bottom edge.
-    const double kx = static_cast<double>(f.hmWidth) / f.width, ky = static_cast<double>(f.hmHeight) / f.height;
-    OLE_XPOS_HIMETRIC hx = static_cast<OLE_XPOS_HIMETRIC>(sx * kx);
-    OLE_YPOS_HIMETRIC hy = static_cast<OLE_YPOS_HIMETRIC>(f.hmHeight - sy * ky);
-    OLE_XSIZE_HIMETRIC hw = static_cast<OLE_XSIZE_HIMETRIC>(sw * kx);
-    OLE_YSIZE_HIMETRIC hh = -static_cast<OLE_YSIZE_HIMETRIC>(sh * ky);
-    return SUCCEEDED(f.picture->Render(dc, x, y, w, h, hx, hy, hw, hh, nullptr));
-}
-
-}  // namespace
-
-PaintFailure paintPicture(IPictureDisp* disp, const PaintRequest& r) {
-    PictureFacts f;
-    if (!readPicture(disp, f)) return PaintFailure::BadPicture;
-    if (r.width < 0 || r.height < 0 || r.srcWidth < 0 || r.srcHeight < 0) return PaintFailure::BadArgument;
-    const long sw = r.srcWidth > 0 ? r.srcWidth : f.width - r.srcX;
-    const long sh = r.srcHeight > 0 ? r.srcHeight : f.height - r.srcY;
-    const long dw = r.width > 0 ? r.width : sw;
-    const long dh = r.height > 0 ? r.height : sh;
-    if (sw <= 0 || sh <= 0 || !r.dc) return PaintFailure::Platform;
-
-    if (f.type == PICTYPE_BITMAP) {
-        MemoryDc source(r.dc);
-        if (source.get()) {
-            Selection in(source.get(), f.handle);
-            // A bitmap that is selected elsewhere cannot be selected here: render it instead.
-            if (in.ok()) {
-                BOOL ok = r.transparent
-                              ? TransparentBlt(r.dc, r.x, r.y, dw, dh, source.get(), r.srcX, r.srcY, sw, sh,
-                                               r.transparentColor)
-                              : StretchBlt(r.dc, r.x, r.y, dw, dh, source.get(), r.srcX, r.srcY, sw, sh, SRCCOPY);
-                return ok ? PaintFailure::None : PaintFailure::Platform;
-            }
-        }
-    }
-    if (!r.transparent)
-        return render(f, r.dc, r.x, r.y, dw, dh, r.srcX, r.srcY, sw, sh) ? PaintFailure::None : PaintFailure::Platform;
-
-    // Transparent icons and metafiles: render over the transparent colour, then leave it out.
-    MemoryDc work(r.dc);
-    Bitmap canvas(CreateCompatibleBitmap(r.dc, dw, dh));
-    if (!work.get() || !canvas) return PaintFailure::Platform;
-    Selection in(work.get(), canvas.get());
-    Brush fill(CreateSolidBrush(r.transparentColor));
-    RECT all{0, 0, dw, dh};
-    if (!in.ok() || !fill || !FillRect(work.get(), &all, fill.get()) ||
-        !render(f, work.get(), 0, 0, dw, dh, r.srcX, r.srcY, sw, sh))
-        return PaintFailure::Platform;
-    return TransparentBlt(r.dc, r.x, r.y, dw, dh, work.get(), 0, 0, dw, dh, r.transparentColor)
-               ? PaintFailure::None
-               : PaintFailure::Platform;
-}
-
-namespace {
-
-bool paintOrRaise(IPictureDisp* picture, const PaintRequest& r) {
-    switch (paintPicture(picture, r)) {
+bool paintOrRaise(PaintFailure failure) {
+    switch (failure) {
     case PaintFailure::None: return true;
     case PaintFailure::BadPicture: raise(kInvalidPicture);
     case PaintFailure::BadArgument: raise(kInvalidArgument);
@@ -113,8 +29,8 @@ bool paintOrRaise(IPictureDisp* picture, const PaintRequest& r) {
     return false;
 }
 
-PaintRequest request(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height, LONG SrcX, LONG SrcY, LONG SrcWidth,
-                     LONG SrcHeight) {
+PaintRequest request(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height, LONG SrcX = 0, LONG SrcY = 0,
+                     LONG SrcWidth = 0, LONG SrcHeight = 0) {
     PaintRequest r;
     r.dc = toHandle<HDC>(hDC);
     r.x = X, r.y = Y, r.width = Width, r.height = Height;
@@ -122,14 +38,28 @@ PaintRequest request(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height, LONG Src
     return r;
 }
 
+// TransparentColor: -1 for none, otherwise a colour (5 when it is not one).
+PaintRequest& leaveOut(PaintRequest& r, LONG transparentColor) {
+    if (transparentColor != -1) {
+        r.transparent = true;
+        r.transparentColor = colourArgument(transparentColor);
+    }
+    return r;
+}
+
+colour::Rgb rgbArgument(LONG color) { return colour::fromColorRef(colourArgument(color)); }
+
 }  // namespace
+
+// ------------------------------------------------------------------ plain painting
 
 STDMETHODIMP PaintMethods::StretchPaintNormalStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
                                                     IPictureDisp* Picture, LONG SrcX, LONG SrcY, LONG SrcWidth,
                                                     LONG SrcHeight, VARIANT_BOOL* pRet) {
     return guard([&] {
         required(pRet);
-        *pRet = toVB(paintOrRaise(Picture, request(hDC, X, Y, Width, Height, SrcX, SrcY, SrcWidth, SrcHeight)));
+        *pRet = toVB(paintOrRaise(
+            paintPicture(Picture, request(hDC, X, Y, Width, Height, SrcX, SrcY, SrcWidth, SrcHeight))));
     });
 }
 
@@ -140,11 +70,273 @@ STDMETHODIMP PaintMethods::StretchPaintTransparentStdPic(LONG hDC, LONG X, LONG 
     return guard([&] {
         required(pRet);
         PaintRequest r = request(hDC, X, Y, Width, Height, SrcX, SrcY, SrcWidth, SrcHeight);
-        long rgb = translateColor(TransparentColor);
-        if (rgb == -1) raise(kInvalidArgument);
         r.transparent = true;
-        r.transparentColor = static_cast<COLORREF>(rgb);
-        *pRet = toVB(paintOrRaise(Picture, r));
+        r.transparentColor = colourArgument(TransparentColor);
+        *pRet = toVB(paintOrRaise(paintPicture(Picture, r)));
+    });
+}
+
+// ------------------------------------------------------------------------- effects
+
+STDMETHODIMP PaintMethods::StretchPaintMaskedStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
+                                                    IPictureDisp* Picture, IPictureDisp* MaskPicture, LONG SrcX,
+                                                    LONG SrcY, LONG SrcWidth, LONG SrcHeight, VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        PaintRequest r = request(hDC, X, Y, Width, Height, SrcX, SrcY, SrcWidth, SrcHeight);
+        *pRet = toVB(paintOrRaise(paintMasked(Picture, MaskPicture, r)));
+    });
+}
+
+STDMETHODIMP PaintMethods::StretchPaintDisabledStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
+                                                      IPictureDisp* Picture, LONG TransparentColor, BYTE Lighten,
+                                                      LONG SrcX, LONG SrcY, LONG SrcWidth, LONG SrcHeight,
+                                                      VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        PaintRequest r = request(hDC, X, Y, Width, Height, SrcX, SrcY, SrcWidth, SrcHeight);
+        *pRet = toVB(paintOrRaise(paintDisabled(Picture, leaveOut(r, TransparentColor), Lighten)));
+    });
+}
+
+STDMETHODIMP PaintMethods::StretchPaintEmbossedStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
+                                                      IPictureDisp* Picture, LONG TransparentColor,
+                                                      LONG HighlightColor, LONG ShadowColor, LONG SrcX, LONG SrcY,
+                                                      LONG SrcWidth, LONG SrcHeight, VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        PaintRequest r = request(hDC, X, Y, Width, Height, SrcX, SrcY, SrcWidth, SrcHeight);
+        const COLORREF light = colourArgument(HighlightColor), dark = colourArgument(ShadowColor);
+        *pRet = toVB(paintOrRaise(paintEmbossed(Picture, leaveOut(r, TransparentColor), light, dark)));
+    });
+}
+
+STDMETHODIMP PaintMethods::StretchPaintShadowedStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
+                                                      IPictureDisp* Picture, LONG TransparentColor,
+                                                      LONG ShadowColor, LONG OffsetX, LONG OffsetY, BYTE Opacity,
+                                                      LONG SrcX, LONG SrcY, LONG SrcWidth, LONG SrcHeight,
+                                                      VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        PaintRequest r = request(hDC, X, Y, Width, Height, SrcX, SrcY, SrcWidth, SrcHeight);
+        const COLORREF shadow = colourArgument(ShadowColor);
+        *pRet = toVB(
+            paintOrRaise(paintShadowed(Picture, leaveOut(r, TransparentColor), shadow, OffsetX, OffsetY, Opacity)));
+    });
+}
+
+STDMETHODIMP PaintMethods::StretchPaintAlphaStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
+                                                   IPictureDisp* Picture, BYTE Opacity, LONG TransparentColor,
+                                                   VARIANT_BOOL HasAlphaChannel, LONG SrcX, LONG SrcY,
+                                                   LONG SrcWidth, LONG SrcHeight, VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        PaintRequest r = request(hDC, X, Y, Width, Height, SrcX, SrcY, SrcWidth, SrcHeight);
+        *pRet = toVB(
+            paintOrRaise(paintAlpha(Picture, leaveOut(r, TransparentColor), Opacity, fromVB(HasAlphaChannel))));
+    });
+}
+
+STDMETHODIMP PaintMethods::StretchPaintAlphaGradientStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
+                                                           IPictureDisp* Picture, BYTE StartOpacity,
+                                                           BYTE EndOpacity, GradientDirectionConstants Direction,
+                                                           LONG TransparentColor, LONG SrcX, LONG SrcY,
+                                                           LONG SrcWidth, LONG SrcHeight, VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        PaintRequest r = request(hDC, X, Y, Width, Height, SrcX, SrcY, SrcWidth, SrcHeight);
+        const gradients::Direction d = directionArgument(Direction);
+        *pRet = toVB(paintOrRaise(
+            paintAlphaGradient(Picture, leaveOut(r, TransparentColor), StartOpacity, EndOpacity, d)));
+    });
+}
+
+STDMETHODIMP PaintMethods::StretchPaintColourisedStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
+                                                        IPictureDisp* Picture, LONG Color, BYTE Amount,
+                                                        LONG TransparentColor, LONG SrcX, LONG SrcY, LONG SrcWidth,
+                                                        LONG SrcHeight, VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        PaintRequest r = request(hDC, X, Y, Width, Height, SrcX, SrcY, SrcWidth, SrcHeight);
+        const COLORREF c = colourArgument(Color);
+        *pRet = toVB(paintOrRaise(paintColourised(Picture, leaveOut(r, TransparentColor), c, Amount)));
+    });
+}
+
+// ----------------------------------------------------------------------- placement
+
+STDMETHODIMP PaintMethods::PaintTiledStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
+                                            IPictureDisp* Picture, LONG OffsetX, LONG OffsetY,
+                                            LONG TransparentColor, VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        PaintRequest r = request(hDC, X, Y, Width, Height);
+        *pRet = toVB(paintOrRaise(paintTiled(Picture, leaveOut(r, TransparentColor), OffsetX, OffsetY)));
+    });
+}
+
+STDMETHODIMP PaintMethods::PaintCentredStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
+                                              IPictureDisp* Picture, LONG TransparentColor, VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        PaintRequest r = request(hDC, X, Y, Width, Height);
+        *pRet = toVB(paintOrRaise(paintCentred(Picture, leaveOut(r, TransparentColor))));
+    });
+}
+
+STDMETHODIMP PaintMethods::PaintFittedStdPic(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height,
+                                             IPictureDisp* Picture, PictureFitConstants Fit, LONG TransparentColor,
+                                             VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        if (Fit < tovaFitInside || Fit > tovaFitCover) raise(kInvalidArgument);
+        PaintRequest r = request(hDC, X, Y, Width, Height);
+        *pRet = toVB(paintOrRaise(paintFitted(Picture, leaveOut(r, TransparentColor), static_cast<tova::Fit>(Fit))));
+    });
+}
+
+// ------------------------------------------------------------- pictures and icons
+
+STDMETHODIMP PaintMethods::PictureFromDC(LONG hDC, LONG X, LONG Y, LONG Width, LONG Height, IPictureDisp** pRet) {
+    return guard([&] {
+        *required(pRet) = nullptr;
+        if (Width < 1 || Height < 1) raise(kInvalidArgument);
+        *pRet = pictureFromDC(toHandle<HDC>(hDC), X, Y, Width, Height).detach();
+    });
+}
+
+STDMETHODIMP PaintMethods::PictureFromDC2(LONG hDC, TOVA_RECT* pRECT, IPictureDisp** pRet) {
+    return guard([&] {
+        *required(pRet) = nullptr;
+        const RECT r = rectArgument(pRECT);
+        if (r.right - r.left < 1 || r.bottom - r.top < 1) raise(kInvalidArgument);
+        *pRet = pictureFromDC(toHandle<HDC>(hDC), r.left, r.top, r.right - r.left, r.bottom - r.top).detach();
+    });
+}
+
+STDMETHODIMP PaintMethods::PictureFromHandle(LONG Handle, PictureHandleTypeConstants HandleType,
+                                             VARIANT_BOOL OwnHandle, IPictureDisp** pRet) {
+    return guard([&] {
+        *required(pRet) = nullptr;
+        HANDLE h = toHandle<HANDLE>(Handle);
+        const bool bitmap = HandleType == tovaPictureBitmap;
+        if ((!bitmap && HandleType != tovaPictureIcon) ||
+            (bitmap ? GetObjectType(h) != OBJ_BITMAP : !isIcon(static_cast<HICON>(h))))
+            raise(kInvalidArgument);
+        *pRet = pictureFromHandle(h, HandleType, fromVB(OwnHandle)).detach();
+    });
+}
+
+STDMETHODIMP PaintMethods::PictureDimensions(IPictureDisp* Picture, LONG* Width, LONG* Height, VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet), required(Width), required(Height);
+        PictureFacts f;
+        if (!readPicture(Picture, f)) raise(kInvalidPicture);
+        *Width = f.width, *Height = f.height;
+        *pRet = VARIANT_TRUE;
+    });
+}
+
+STDMETHODIMP PaintMethods::PaintIcon(LONG hDC, LONG X, LONG Y, LONG hIcon, LONG Width, LONG Height,
+                                     VARIANT_BOOL Disabled, VARIANT_BOOL* pRet) {
+    return guard([&] {
+        required(pRet);
+        HICON icon = toHandle<HICON>(hIcon);
+        if (!isIcon(icon) || Width < 0 || Height < 0) raise(kInvalidArgument);
+        *pRet = toVB(paintIcon(toHandle<HDC>(hDC), X, Y, icon, Width, Height, fromVB(Disabled)));
+    });
+}
+
+// ------------------------------------------------------------ colourising in place
+
+STDMETHODIMP PaintMethods::GreyscaleDIB(IDispatch* Section, BYTE Amount) {
+    return guard([&] { colourise::greyscale(sectionPixels(Section), Amount); });
+}
+
+STDMETHODIMP PaintMethods::ColouriseDIB(IDispatch* Section, LONG Color, BYTE Amount) {
+    return guard([&] {
+        const colourise::PixelRows px = sectionPixels(Section);
+        colourise::colourise(px, rgbArgument(Color), Amount);
+    });
+}
+
+STDMETHODIMP PaintMethods::TintDIB(IDispatch* Section, LONG Color, BYTE Amount) {
+    return guard([&] {
+        const colourise::PixelRows px = sectionPixels(Section);
+        colourise::tint(px, rgbArgument(Color), Amount);
+    });
+}
+
+STDMETHODIMP PaintMethods::SepiaDIB(IDispatch* Section, BYTE Amount) {
+    return guard([&] { colourise::sepia(sectionPixels(Section), Amount); });
+}
+
+STDMETHODIMP PaintMethods::InvertDIB(IDispatch* Section) {
+    return guard([&] { colourise::invert(sectionPixels(Section)); });
+}
+
+STDMETHODIMP PaintMethods::AdjustDIB(IDispatch* Section, LONG Brightness, LONG Contrast, VARIANT Gamma) {
+    return guard([&] {
+        const colourise::PixelRows px = sectionPixels(Section);
+        const double gamma = optionalDouble(Gamma, 1);
+        if (Brightness < -255 || Brightness > 255 || Contrast < -100 || Contrast > 100 || !(gamma >= 0.1) ||
+            !(gamma <= 10))
+            raise(kInvalidArgument);
+        colourise::adjust(px, Brightness, Contrast, gamma);
+    });
+}
+
+STDMETHODIMP PaintMethods::ReplaceColorDIB(IDispatch* Section, LONG OldColor, LONG NewColor, BYTE Tolerance,
+                                           LONG* pRet) {
+    return guard([&] {
+        required(pRet);
+        const colourise::PixelRows px = sectionPixels(Section);
+        *pRet = colourise::replace(px, rgbArgument(OldColor), rgbArgument(NewColor), Tolerance);
+    });
+}
+
+// --------------------------------------------------------------------- byte arrays
+
+STDMETHODIMP PaintMethods::CPictureByteArray(VARIANT Source, CPictureByteArrayConversionConstants Conversion,
+                                             LONG Quality, VARIANT* pRet) {
+    return guard([&] {
+        VariantInit(required(pRet));
+        if (Conversion != tovaPictureConvBMP && Conversion != tovaPictureConvJPEG) raise(kInvalidArgument);
+        const VARIANT* v = &Source;
+        while (V_VT(v) == (VT_BYREF | VT_VARIANT)) v = V_VARIANTREF(v);
+        const VARTYPE vt = V_VT(v) & ~VT_BYREF;
+        if (vt == (VT_ARRAY | VT_UI1)) {
+            // Bytes to a picture: the format is read from the bytes themselves.
+            SAFEARRAY* a = (V_VT(v) & VT_BYREF) ? (V_ARRAYREF(v) ? *V_ARRAYREF(v) : nullptr) : V_ARRAY(v);
+            if (!a || SafeArrayGetDim(a) != 1) raise(kInvalidArgument);
+            ArrayData data(a);
+            if (!data.locked()) raise(kInvalidArgument);
+            ComPtr<IPictureDisp> picture =
+                pictureFromBytes(static_cast<const uint8_t*>(data.data()), a->rgsabound[0].cElements);
+            if (!picture) raise(kInvalidPicture);
+            V_VT(pRet) = VT_DISPATCH;
+            V_DISPATCH(pRet) = picture.detach();
+            return;
+        }
+        if (vt != VT_DISPATCH && vt != VT_UNKNOWN) raise(kInvalidArgument);
+        IUnknown* object = (V_VT(v) & VT_BYREF) ? (V_UNKNOWNREF(v) ? *V_UNKNOWNREF(v) : nullptr) : V_UNKNOWN(v);
+        ComPtr<IPictureDisp> picture = ComPtr<IUnknown>(object).as<IPictureDisp>(IID_IPictureDisp);
+        if (!picture) raise(kInvalidPicture);
+        if (Conversion == tovaPictureConvJPEG && (Quality < 1 || Quality > 100)) raise(kInvalidArgument);
+        PictureFacts facts;
+        if (!readPicture(picture.get(), facts)) raise(kInvalidPicture);
+        std::vector<uint8_t> bytes;
+        const PictureFormat format = Conversion == tovaPictureConvJPEG ? PictureFormat::Jpeg : PictureFormat::Bmp;
+        if (!pictureToBytes(picture.get(), format, Quality, bytes)) return;
+        SafeArray out(SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size())));
+        if (!out.get()) raise(kOutOfMemory);
+        {
+            ArrayData data(out.get());
+            if (!data.locked()) return;
+            std::memcpy(data.data(), bytes.data(), bytes.size());
+        }
+        V_VT(pRet) = VT_ARRAY | VT_UI1;
+        V_ARRAY(pRet) = out.detach();
     });
 }
 

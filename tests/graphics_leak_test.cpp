@@ -56,6 +56,10 @@ TEST_F(Leaks, MemoryDC) { expectClean(cycles::measure("MemoryDC", kCycles, [](lo
 TEST_F(Leaks, PaintMethods) {
     expectClean(cycles::measure("PaintMethods", kCycles, [](long i) { c().paintMethods(i); }));
 }
+TEST_F(Leaks, PaintMethodsColourising) {
+    expectClean(cycles::measure("Colourising", kCycles, [](long i) { c().colourising(i); }));
+}
+TEST_F(Leaks, GDIMethods) { expectClean(cycles::measure("GDIMethods", kCycles, [](long i) { c().gdiMethods(i); })); }
 TEST_F(Leaks, DIBSection) { expectClean(cycles::measure("DIBSection", kCycles, [](long i) { c().dibSection(i); })); }
 TEST_F(Leaks, JPEGMethods) {
     expectClean(cycles::measure("JPEGMethods", kCycles, [](long i) { c().jpegMethods(i); }));

@@ -12,7 +12,7 @@ src=tests/native
 out=build/native
 seconds=${TOVA_FUZZ_SECONDS:-30}
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(jpeg_decode jpeg_encode jpeg_round_trip wildcard cipher pixels)
+[ ${#targets[@]} -gt 0 ] || targets=(jpeg_decode jpeg_encode jpeg_round_trip wildcard cipher pixels bmp)
 
 if [ ! -f "$out/build.ninja" ]; then
     cmake -S "$src" -B "$out" -G Ninja -DCMAKE_CXX_COMPILER=clang++-14 >/dev/null
