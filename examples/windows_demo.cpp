@@ -1,7 +1,8 @@
 // windows_demo: the windows and system classes of the registered TOVA200.DLL at
 // work in a small window: a Timer ticking through the message loop, hover and
 // leave reported by MouseTrackEx while the pointer is moved over the window,
-// the system's version, and a short sound where a wave device exists.
+// a Tooltip balloon over the window with its text asked for by an event, the
+// system's version, and a short sound where a wave device exists.
 //
 //   windows_demo
 //
@@ -26,6 +27,12 @@ using demo::create;
 using demo::Sink;
 
 namespace {
+
+HWND tovaHandle(_Tooltip* tip) {
+    LONG h = 0;
+    tip->get_hWnd(&h);
+    return reinterpret_cast<HWND>(static_cast<LONG_PTR>(h));
+}
 
 void pump(DWORD ms, const std::function<bool()>& done) {
     ULONGLONG end = GetTickCount64() + ms;
@@ -164,6 +171,40 @@ int main() {
         track->DetachMouseTracking();
         mouseSink.disconnect();
         std::printf("%d hover(s) and %d leave(s).\n", hovers, leaves);
+
+        // --- a tooltip over the window
+        auto tip = create<_Tooltip>(L"TOVA32.Tooltip", IID__Tooltip);
+        std::string events;
+        Sink tipSink(DIID___Tooltip, [&](DISPID id, DISPPARAMS* p) {
+            static const char* const names[] = {"", "RequireTipText", "BeforeShow", "Show", "Hide"};
+            events += std::string(events.empty() ? "" : ", ") + names[id];
+            if (id == 1) {   // TipText (by reference) is the first argument from the end
+                SysFreeString(*V_BSTRREF(&p->rgvarg[0]));
+                *V_BSTRREF(&p->rgvarg[0]) = SysAllocString(L"Text asked for by RequireTipText");
+            } else if (id == 2) {
+                std::printf("    BeforeShow: AnimationDuration %ld ms, made 100\n", *V_I4REF(&p->rgvarg[0]));
+                *V_I4REF(&p->rgvarg[0]) = 100;
+            }
+        });
+        tipSink.connect(tip.get());
+        tip->put_Title(Bstr(L"TOVA32.Tooltip").get());
+        tip->put_Icon(tovaTipIconInfo);
+        tip->put_Balloon(VARIANT_TRUE);
+        tip->put_Animation(tovaTipAnimateFade);
+        tip->put_Delay(200);
+        long tool = 0;
+        check(tip->AddTool(handle, Bstr(L"").get(), &tool), "AddTool");
+        std::printf("A Tooltip balloon on the window; the pointer rests on it, then leaves:\n");
+        moveTo(60, 40);
+        pump(3000, [&] { return events.find("Show") != std::string::npos; });
+        RECT tipRect{};
+        GetWindowRect(tovaHandle(tip.get()), &tipRect);
+        std::printf("    shown at (%ld, %ld), %ld x %ld\n", tipRect.left, tipRect.top, tipRect.right - tipRect.left,
+                    tipRect.bottom - tipRect.top);
+        SetCursorPos(5, 5);
+        pump(1500, [&] { return events.find("Hide") != std::string::npos; });
+        std::printf("    events: %s\n", events.c_str());
+        tipSink.disconnect();
 
         // --- sound
         VARIANT_BOOL can = VARIANT_FALSE;

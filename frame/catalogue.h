@@ -33,6 +33,7 @@ namespace tova {
     X(JPEGMethods, Global)        \
     X(AlphaDIBSection, Creatable) \
     X(FileMethods, Global)        \
+    X(Tooltip, Creatable)         \
     /* end of the list */
 
 struct ClassEntry {

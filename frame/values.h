@@ -169,6 +169,8 @@ public:
     ~GdiObject() { if (h_) DeleteObject(h_); }
     H get() const { return h_; }
     explicit operator bool() const { return h_ != nullptr; }
+    // Gives the object up to a new owner (a window taking its region).
+    H release() { H h = h_; h_ = nullptr; return h; }
 
 private:
     H h_ = nullptr;

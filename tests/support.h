@@ -7,6 +7,7 @@
 #include "frame/typelib.h"
 #include "frame/values.h"
 
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
@@ -96,6 +97,19 @@ IRecordInfo* rectInfo();
 // A Variant array of Longs.
 Variant longArray(std::initializer_list<long> values);
 std::vector<long> arrayLongs(const VARIANT& v);
+
+// Runs this test program again with the Windows version Wine reports set to
+// `version` (win98, nt40, ...) and only the tests `filter`, with
+// TOVA_CONFIGURED_VERSION set to the version in its environment. The child's
+// exit code; `started` tells whether it ran at all (`error` why not).
+struct Rerun {
+    bool started = false;
+    DWORD error = 0;
+    DWORD code = 1;
+};
+Rerun rerunAsVersion(const char* version, const std::string& filter);
+// The version the program was started as by rerunAsVersion, or null.
+inline const char* configuredVersion() { return std::getenv("TOVA_CONFIGURED_VERSION"); }
 
 // ------------------------------------------------------------ scratch folders
 

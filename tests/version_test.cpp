@@ -117,7 +117,7 @@ TEST(SystemVersionInfo, MatchesTheSystem) {
     api->IsOSVersionAtLeast(6, 2, 0, &eight);
     EXPECT_EQ(type, apiType);
 
-    const char* configured = std::getenv("TOVA_CONFIGURED_VERSION");
+    const char* configured = configuredVersion();
     if (configured && std::strcmp(configured, "win7") == 0) {
         EXPECT_EQ(L"6.1.7601 Service Pack 1", text.str());
         EXPECT_TRUE(seven);
@@ -146,42 +146,11 @@ TEST(SystemVersionInfo, MatchesTheSystem) {
 
 // Runs this program again as each configured system.
 TEST(SystemVersionInfo, UnderEachConfiguredSystem) {
-    if (std::getenv("TOVA_CONFIGURED_VERSION")) GTEST_SKIP() << "inside a configured run";
-    char exe[MAX_PATH];
-    GetModuleFileNameA(nullptr, exe, MAX_PATH);
-    const char* base = std::strrchr(exe, '\\');
-    std::string key = std::string("Software\\Wine\\AppDefaults\\") + (base ? base + 1 : exe);
+    if (configuredVersion()) GTEST_SKIP() << "inside a configured run";
     for (const Expected& e : kSystems) {
-        HKEY k = nullptr;
-        ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CURRENT_USER, key.c_str(), 0, nullptr, 0, KEY_SET_VALUE,
-                                                 nullptr, &k, nullptr));
-        RegSetValueExA(k, "Version", 0, REG_SZ, reinterpret_cast<const BYTE*>(e.name),
-                       static_cast<DWORD>(std::strlen(e.name) + 1));
-        RegCloseKey(k);
-        SetEnvironmentVariableA("TOVA_CONFIGURED_VERSION", e.name);
-        std::string cmd = std::string("\"") + exe + "\" --gtest_filter=SystemVersionInfo.MatchesTheSystem";
-        STARTUPINFOA si{sizeof si};
-        PROCESS_INFORMATION pi{};
-        // Wine now and then fails to start a process configured as a 9x system
-        // (seen once in many runs): a second attempt starts it.
-        BOOL started = FALSE;
-        DWORD error = 0;
-        for (int attempt = 0; attempt < 3 && !started; ++attempt) {
-            if (attempt) Sleep(200);
-            started = CreateProcessA(nullptr, &cmd[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi);
-            if (!started) error = GetLastError();
-        }
-        SetEnvironmentVariableA("TOVA_CONFIGURED_VERSION", nullptr);
-        DWORD code = 1;
-        if (started) {
-            WaitForSingleObject(pi.hProcess, 60000);
-            GetExitCodeProcess(pi.hProcess, &code);
-            CloseHandle(pi.hProcess);
-            CloseHandle(pi.hThread);
-        }
-        RegDeleteKeyA(HKEY_CURRENT_USER, key.c_str());
-        EXPECT_TRUE(started) << e.name << ", error " << error;
-        EXPECT_EQ(0u, code) << "as " << e.name;
+        const Rerun r = rerunAsVersion(e.name, "SystemVersionInfo.MatchesTheSystem");
+        EXPECT_TRUE(r.started) << e.name << ", error " << r.error;
+        EXPECT_EQ(0u, r.code) << "as " << e.name;
     }
 }
 

@@ -86,7 +86,7 @@ echo "== files_demo: a folder search with a progress bar from its events, then t
 out=$(wine_run "build/win$bits/bin/files_demo.exe" | tr -d '\r') || status=1
 printf '%s\n' "$out"
 grep -qx 'files_demo: done' <<<"$out" || { echo "demo: files_demo did not finish" >&2; status=1; }
-echo; echo "== windows_demo: a timer, hover and leave in a small window, the version, a chime"; out=$(wine_run "build/win$bits/bin/windows_demo.exe" 2>&1 | tr -d '\r' | grep -v '^ALSA lib') || status=1; printf '%s\n' "$out"; grep -qx 'windows_demo: done' <<<"$out" || { echo "demo: windows_demo did not finish" >&2; status=1; }
+echo; echo "== windows_demo: a timer, hover and leave in a small window, a tooltip, the version, a chime"; out=$(wine_run "build/win$bits/bin/windows_demo.exe" 2>&1 | tr -d '\r' | grep -v '^ALSA lib') || status=1; printf '%s\n' "$out"; grep -qx 'windows_demo: done' <<<"$out" || { echo "demo: windows_demo did not finish" >&2; status=1; }
 
 echo
 if [ $status -eq 0 ]; then

@@ -6,42 +6,11 @@
 // always uses TrackMouseEvent.
 #pragma once
 
-#include "../frame/library_frame.h"
+#include "subclass_face.h"
 
 namespace tova {
 
 namespace mouse {
-
-struct SubclassIid {
-    static const IID& get() { return IID__ISubclass; }
-};
-
-// The subclassing client's face of an object whose default interface is
-// another: forwards identity to the owner and the two members to it.
-
-template <class Owner>
-class SubclassFace final : public Dispatching<_ISubclass, SubclassIid> {
-public:
-    explicit SubclassFace(Owner* owner) : owner_(owner) {}
-
-    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override { return owner_->QueryInterface(riid, ppv); }
-    STDMETHODIMP_(ULONG) AddRef() override { return owner_->AddRef(); }
-    STDMETHODIMP_(ULONG) Release() override { return owner_->Release(); }
-    STDMETHODIMP get_MessageResponse(MessageResponseConstants* pRet) override {
-        if (!pRet) return E_POINTER;
-        *pRet = tovaMessageResponsePreprocess;
-        return S_OK;
-    }
-    STDMETHODIMP WindowProc(LONG hWnd, LONG Message, LONG_PTR wParam, LONG_PTR lParam, LONG_PTR* pRet) override {
-        return guard([&] {
-            owner_->tracker().windowProc(static_cast<UINT>(Message), wParam, lParam);
-            if (pRet) *pRet = 0;
-        });
-    }
-
-private:
-    Owner* owner_;
-};
 
 // What both classes share: the watched window, the method and the messages.
 class Tracker {
@@ -97,7 +66,9 @@ public:
     STDMETHODIMP DetachMouseTracking() override;
     STDMETHODIMP get_Tracking(VARIANT_BOOL* pRet) override;
 
-    mouse::Tracker& tracker() { return tracker_; }
+    void subclassMessage(HWND, UINT message, WPARAM wParam, LPARAM lParam) {
+        tracker_.windowProc(message, wParam, lParam);
+    }
 
 private:
     friend class Object<MouseTrack, _MouseTrack>;
@@ -108,7 +79,7 @@ private:
     void hover(short& button, short& shift, float& x, float& y) override;
     void leave() override;
 
-    mouse::SubclassFace<MouseTrack> face_;
+    SubclassFace<MouseTrack> face_;
     mouse::Tracker tracker_;
 };
 
@@ -122,7 +93,9 @@ public:
     STDMETHODIMP DetachMouseTracking() override;
     STDMETHODIMP get_Tracking(VARIANT_BOOL* pRet) override;
 
-    mouse::Tracker& tracker() { return tracker_; }
+    void subclassMessage(HWND, UINT message, WPARAM wParam, LPARAM lParam) {
+        tracker_.windowProc(message, wParam, lParam);
+    }
 
 private:
     friend class Object<MouseTrackEx, _MouseTrackEx>;
@@ -133,7 +106,7 @@ private:
     void hover(short& button, short& shift, float& x, float& y) override;
     void leave() override;
 
-    mouse::SubclassFace<MouseTrackEx> face_;
+    SubclassFace<MouseTrackEx> face_;
     mouse::Tracker tracker_;
 };
 

@@ -42,6 +42,7 @@ Function Probe(o, name)
     Case "MemoryDC", "DIBSection", "AlphaDIBSection": Probe = (o.Width = 0)
     Case "JPEGMethods": Probe = Not o.LoadJPG(Nothing, "Z:\no\such.jpg")
     Case "FileMethods": Probe = Not o.FileExists("Z:\no\such\file")
+    Case "Tooltip": Probe = (o.CurrentTool = 0)
     Case Else: Probe = Empty
     End Select
 End Function

@@ -1,5 +1,5 @@
 ' The windows and system classes as a VBScript user sees them: Timer,
-' MiscMethods, SubclassingMethods, SystemVersionInfo, MouseTrack(Ex). Scripts
+' MiscMethods, SubclassingMethods, SystemVersionInfo, MouseTrack(Ex), Tooltip. Scripts
 ' cannot receive events under Wine, so ticks and hovers are tested from C++;
 ' here: properties, results, defaults and the error numbers.
 ' The last line is "windows.vbs: OK" when every check passed (a run-time error
@@ -94,6 +94,26 @@ Set mx = CreateObject("TOVA32.MouseTrackEx")
 Check mx.IsAttached(0) = True, "MouseTrackEx.IsAttached(0) when detached"
 mx.DetachMouseTracking
 Check mx.Tracking = False, "MouseTrackEx.Tracking"
+
+' --- Tooltip, late-bound: defaults, measuring, errors (events need a C++ sink)
+Dim tip, tw, th
+Set tip = CreateObject("TOVA32.Tooltip")
+Check tip.Enabled And tip.Visible = False And tip.hWnd = 0 And tip.AnimationDuration = 200, "a new Tooltip"
+Check tip.MeasureTip(tw, th, "Script") And tw > 10 And th > 10, "MeasureTip gives a size"
+Check tip.MeasureTip(tw, th) = False And tw = 0, "MeasureTip without text"
+On Error Resume Next
+tip.Delay = -1
+Check Err.Number = 5, "a negative Delay raises 5, got " & Err.Number
+Err.Clear
+tip.AddTool4 0, Nothing
+Check Err.Number = 91, "AddTool4 of Nothing raises 91, got " & Err.Number
+Err.Clear
+On Error GoTo 0
+Check tip.ShowTip(300, 200) = False, "ShowTip without text"
+tip.Text = "From a script"
+Check tip.ShowTip(300, 200) And tip.Visible, "ShowTip"
+tip.HideTip
+Check tip.Visible = False, "HideTip"
 
 If failures = 0 Then
     WScript.Echo "windows.vbs: OK"
