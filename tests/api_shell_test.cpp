@@ -225,4 +225,121 @@ TEST(ApiShell, DocumentsAndUrlsOpenWithTheirProgramOnly) {
     EXPECT_EQ(2, lastDllError(a.get()));
 }
 
+// ------------------------------------------------------------ registration
+
+const wchar_t kRectangle[] = L"{6DC90197-D0A5-40D0-902B-93CCC0174361}";
+
+bool keyExists(HKEY root, const std::wstring& path) {
+    HKEY k = nullptr;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &k) != ERROR_SUCCESS) return false;
+    RegCloseKey(k);
+    return true;
+}
+
+const std::wstring kMachineServer = std::wstring(L"Software\\Classes\\CLSID\\") + kRectangle + L"\\InprocServer32";
+const std::wstring kUserClass = std::wstring(L"Software\\Classes\\CLSID\\") + kRectangle;
+
+// Puts the library's registrations back as they were, per machine and per user.
+class RegistrationState {
+public:
+    explicit RegistrationState(std::wstring dll)
+        : dll_(std::move(dll)), machine_(keyExists(HKEY_LOCAL_MACHINE, kMachineServer)),
+          user_(keyExists(HKEY_CURRENT_USER, kUserClass)) {}
+    ~RegistrationState() {
+        auto a = api();
+        VARIANT_BOOL ok;
+        for (VARIANT_BOOL perUser : {VARIANT_FALSE, VARIANT_TRUE}) {
+            if (perUser ? user_ : machine_)
+                a->RegisterServer(Bstr(dll_).get(), perUser, &ok);
+            else
+                a->UnregisterServer(Bstr(dll_).get(), perUser, &ok);
+        }
+    }
+    RegistrationState(const RegistrationState&) = delete;
+    RegistrationState& operator=(const RegistrationState&) = delete;
+
+private:
+    std::wstring dll_;
+    bool machine_, user_;
+};
+
+TEST(ApiRegistration, RegistersPerMachineAndPerUserAndReadsClasses) {
+    auto a = api();
+    wchar_t path[MAX_PATH];
+    GetModuleFileNameW(library(), path, MAX_PATH);
+    const Bstr dll(path);
+    RegistrationState restore(path);
+    VARIANT_BOOL ok = VARIANT_FALSE;
+    a->UnregisterServer(dll.get(), VARIANT_TRUE, &ok);
+
+    ASSERT_EQ(S_OK, a->RegisterServer(dll.get(), VARIANT_FALSE, &ok));
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(0, lastDllError(a.get()));
+    Bstr s;
+    a->ProgIDToCLSID(Bstr(L"TOVA32.Rectangle").get(), s.put());
+    EXPECT_EQ(kRectangle, s.str());
+    a->CLSIDToProgID(Bstr(lower(kRectangle)).get(), s.put());
+    EXPECT_EQ(L"TOVA32.Rectangle", s.str());
+    a->GetServerPath(Bstr(L"TOVA32.Rectangle").get(), s.put());
+    EXPECT_EQ(lower(path), lower(s.str()));
+    for (const wchar_t* name : {L"TOVA32.Rectangle", kRectangle}) {
+        a->IsClassRegistered(Bstr(name).get(), &ok);
+        EXPECT_TRUE(ok) << name;
+    }
+
+    ASSERT_EQ(S_OK, a->UnregisterServer(dll.get(), VARIANT_FALSE, &ok));
+    EXPECT_TRUE(ok);
+    a->GetServerPath(Bstr(kRectangle).get(), s.put());
+    EXPECT_EQ(L"", s.str());
+    a->IsClassRegistered(Bstr(kRectangle).get(), &ok);
+    EXPECT_FALSE(ok);
+    a->ProgIDToCLSID(Bstr(L"TOVA32.NoSuchClass").get(), s.put());
+    EXPECT_EQ(L"", s.str());
+    EXPECT_NE(0, lastDllError(a.get()));
+
+    // Per user: under HKCU\Software\Classes only, and found there.
+    ASSERT_EQ(S_OK, a->RegisterServer(dll.get(), VARIANT_TRUE, &ok));
+    EXPECT_TRUE(ok);
+    EXPECT_TRUE(keyExists(HKEY_CURRENT_USER, kUserClass));
+    EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, kMachineServer));
+    a->IsClassRegistered(Bstr(L"TOVA32.Rectangle").get(), &ok);
+    EXPECT_TRUE(ok);
+    a->GetServerPath(Bstr(kRectangle).get(), s.put());
+    EXPECT_EQ(lower(path), lower(s.str()));
+    ASSERT_EQ(S_OK, a->UnregisterServer(dll.get(), VARIANT_TRUE, &ok));
+    EXPECT_TRUE(ok);
+    EXPECT_FALSE(keyExists(HKEY_CURRENT_USER, kUserClass));
+}
+
+TEST(ApiRegistration, LoadAndEntryPointFailuresKeepTheirCodes) {
+    auto a = api();
+    VARIANT_BOOL ok = VARIANT_TRUE;
+    wchar_t system[MAX_PATH];
+    GetSystemDirectoryW(system, MAX_PATH);
+    for (VARIANT_BOOL perUser : {VARIANT_FALSE, VARIANT_TRUE}) {
+        a->RegisterServer(Bstr(L"C:\\no\\such\\server.dll").get(), perUser, &ok);
+        EXPECT_FALSE(ok);
+        EXPECT_EQ(126, lastDllError(a.get()));
+        a->UnregisterServer(Bstr(std::wstring(system) + L"\\kernel32.dll").get(), perUser, &ok);
+        EXPECT_FALSE(ok);
+        EXPECT_EQ(127, lastDllError(a.get())) << "no entry point";
+    }
+    // A DLL of the other bitness (the 32-bit system folder seen from 64 bits,
+    // the 64-bit one through sysnative from 32 bits).
+    BOOL wow64 = FALSE;
+    IsWow64Process(GetCurrentProcess(), &wow64);
+    std::wstring other;
+    if (sizeof(void*) == 8) {
+        GetSystemWow64DirectoryW(system, MAX_PATH);
+        other = std::wstring(system) + L"\\ole32.dll";
+    } else if (wow64) {
+        GetWindowsDirectoryW(system, MAX_PATH);
+        other = std::wstring(system) + L"\\sysnative\\ole32.dll";
+    }
+    if (other.empty()) GTEST_SKIP() << "a 32-bit system has no other bitness";
+    a->RegisterServer(Bstr(other).get(), VARIANT_FALSE, &ok);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(193, lastDllError(a.get())) << lower(other);
+}
+
 }  // namespace

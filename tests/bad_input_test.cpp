@@ -44,8 +44,10 @@ const std::set<std::wstring> kSkipped = {
     L"SetFileDate", L"SetAttributes", L"SetReadOnly", L"SetHidden", L"CopyFile", L"MoveFile", L"RenameFile",
     L"DeleteFile", L"CopyFolder", L"MoveFolder", L"RenameFolder", L"DeleteFolder", L"CreateFolder", L"DeleteFiles",
     L"WriteTextFile", L"AppendLine", L"WriteBinaryFile", L"CreateTempFile", L"CreateTempFolder",
-    // APIMethods: these start programs (api_shell_tests gives them bad input).
-    L"RunAndWait", L"RunProcess", L"ShellExecute", L"OpenDocument", L"OpenURL"};
+    // APIMethods: these start programs or change the registry (api_shell_tests
+    // gives them bad input).
+    L"RunAndWait", L"RunProcess", L"ShellExecute", L"OpenDocument", L"OpenURL",
+    L"RegisterServer", L"UnregisterServer"};
 
 // The argument kinds, one call each with every argument of that kind.
 std::vector<Variant> kinds() {

@@ -2,6 +2,7 @@
 #include "api_methods.h"
 
 #include "processes.h"
+#include "server_registration.h"
 #include "shell_open.h"
 
 namespace tova {
@@ -68,12 +69,40 @@ STDMETHODIMP APIMethods::FindExecutable(BSTR DocumentPath, BSTR* pRet) {
     return api([&] { answer(pRet, shell::findExecutable(text(DocumentPath))); });
 }
 
-STDMETHODIMP APIMethods::RegisterServer(BSTR, VARIANT_BOOL, VARIANT_BOOL*) { return E_NOTIMPL; }
-STDMETHODIMP APIMethods::UnregisterServer(BSTR, VARIANT_BOOL, VARIANT_BOOL*) { return E_NOTIMPL; }
-STDMETHODIMP APIMethods::IsClassRegistered(BSTR, VARIANT_BOOL*) { return E_NOTIMPL; }
-STDMETHODIMP APIMethods::ProgIDToCLSID(BSTR, BSTR*) { return E_NOTIMPL; }
-STDMETHODIMP APIMethods::CLSIDToProgID(BSTR, BSTR*) { return E_NOTIMPL; }
-STDMETHODIMP APIMethods::GetServerPath(BSTR, BSTR*) { return E_NOTIMPL; }
+// ------------------------------------------------------- server registration
+
+STDMETHODIMP APIMethods::RegisterServer(BSTR Path, VARIANT_BOOL PerUser, VARIANT_BOOL* pRet) {
+    return api([&] { answer(pRet, servers::registerServer(text(Path), true, fromVB(PerUser))); });
+}
+STDMETHODIMP APIMethods::UnregisterServer(BSTR Path, VARIANT_BOOL PerUser, VARIANT_BOOL* pRet) {
+    return api([&] { answer(pRet, servers::registerServer(text(Path), false, fromVB(PerUser))); });
+}
+STDMETHODIMP APIMethods::IsClassRegistered(BSTR ClassName, VARIANT_BOOL* pRet) {
+    return api([&] {
+        CLSID clsid;
+        answer(pRet, servers::classOf(text(ClassName), clsid) && !servers::serverPath(clsid).empty());
+    });
+}
+STDMETHODIMP APIMethods::ProgIDToCLSID(BSTR ProgID, BSTR* pRet) {
+    return api([&] {
+        CLSID clsid;
+        answer(pRet, servers::classOf(text(ProgID), clsid) ? servers::clsidText(clsid) : std::wstring());
+    });
+}
+STDMETHODIMP APIMethods::CLSIDToProgID(BSTR CLSID, BSTR* pRet) {
+    return api([&] {
+        ::CLSID clsid;
+        const std::wstring name = text(CLSID);
+        answer(pRet, !name.empty() && name[0] == L'{' && servers::classOf(name, clsid) ? servers::progIdOf(clsid)
+                                                                                      : std::wstring());
+    });
+}
+STDMETHODIMP APIMethods::GetServerPath(BSTR ClassName, BSTR* pRet) {
+    return api([&] {
+        CLSID clsid;
+        answer(pRet, servers::classOf(text(ClassName), clsid) ? servers::serverPath(clsid) : std::wstring());
+    });
+}
 
 STDMETHODIMP APIMethods::BrowseForFolder(BSTR, BSTR, LONG, BrowseFolderConstants, BSTR, BSTR*) { return E_NOTIMPL; }
 STDMETHODIMP APIMethods::GetOpenFileName(BSTR, BSTR, BSTR, LONG, BSTR, BSTR, FileDialogConstants, LONG*, BSTR*) { return E_NOTIMPL; }
