@@ -1,6 +1,7 @@
 // APIMethods: programs and documents, server registration, dialogs.
 #include "api_methods.h"
 
+#include "common_dialogs.h"
 #include "processes.h"
 #include "server_registration.h"
 #include "shell_open.h"
@@ -13,7 +14,35 @@ std::wstring text(BSTR b) { return b ? std::wstring(b, SysStringLen(b)) : std::w
 void answer(BSTR* out, const std::wstring& s) { *required(out) = Bstr(s).detach(); }
 void answer(VARIANT_BOOL* out, bool b) { *required(out) = toVB(b); }
 
+// A list as a zero-based Variant array of strings.
+void answer(VARIANT* out, const std::vector<std::wstring>& items) {
+    SafeArray list(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(items.size())));
+    if (!list.get()) raise(kOutOfMemory);
+    for (LONG i = 0; i < static_cast<LONG>(items.size()); ++i) {
+        Variant v(items[i].c_str());
+        if (FAILED(SafeArrayPutElement(list.get(), &i, &v))) raise(kOutOfMemory);
+    }
+    V_VT(out) = VT_ARRAY | VT_VARIANT;
+    V_ARRAY(out) = list.detach();
+}
+
 processes::WaitOptions waiting(LONG timeout, VARIANT_BOOL pump) { return {timeout, fromVB(pump)}; }
+
+// A file dialog member: its options, the dialog, FilterIndex back on OK.
+std::vector<std::wstring> fileDialog(dialogs::FileDialog kind, BSTR filter, BSTR folder, BSTR title, LONG owner,
+                                     BSTR fileName, BSTR extension, FileDialogConstants flags, LONG* filterIndex) {
+    dialogs::FileOptions o;
+    o.filter = text(filter), o.initialFolder = text(folder), o.title = text(title);
+    o.fileName = text(fileName), o.defaultExtension = text(extension);
+    o.owner = toHandle<HWND>(owner);
+    o.flags = flags;
+    o.filterIndex = filterIndex ? *filterIndex : 1;
+    auto paths = dialogs::fileDialog(o, kind);
+    if (filterIndex && !paths.empty()) *filterIndex = o.filterIndex;
+    return paths;
+}
+
+std::wstring first(const std::vector<std::wstring>& paths) { return paths.empty() ? std::wstring() : paths.front(); }
 
 }  // namespace
 
@@ -104,11 +133,61 @@ STDMETHODIMP APIMethods::GetServerPath(BSTR ClassName, BSTR* pRet) {
     });
 }
 
-STDMETHODIMP APIMethods::BrowseForFolder(BSTR, BSTR, LONG, BrowseFolderConstants, BSTR, BSTR*) { return E_NOTIMPL; }
-STDMETHODIMP APIMethods::GetOpenFileName(BSTR, BSTR, BSTR, LONG, BSTR, BSTR, FileDialogConstants, LONG*, BSTR*) { return E_NOTIMPL; }
-STDMETHODIMP APIMethods::GetOpenFileNames(BSTR, BSTR, BSTR, LONG, BSTR, BSTR, FileDialogConstants, LONG*, VARIANT*) { return E_NOTIMPL; }
-STDMETHODIMP APIMethods::GetSaveFileName(BSTR, BSTR, BSTR, LONG, BSTR, BSTR, FileDialogConstants, LONG*, BSTR*) { return E_NOTIMPL; }
-STDMETHODIMP APIMethods::ChooseColor(LONG, LONG, VARIANT_BOOL, LONG*) { return E_NOTIMPL; }
-STDMETHODIMP APIMethods::ChooseFont(IFontDisp*, LONG, LONG*, VARIANT_BOOL*) { return E_NOTIMPL; }
+// -------------------------------------------------------------------- dialogs
+
+STDMETHODIMP APIMethods::BrowseForFolder(BSTR Title, BSTR InitialFolder, LONG hWndOwner, BrowseFolderConstants Flags,
+                                         BSTR Caption, BSTR* pRet) {
+    return api([&] {
+        required(pRet);
+        answer(pRet, dialogs::browseForFolder(text(Title), text(InitialFolder), toHandle<HWND>(hWndOwner), Flags,
+                                              text(Caption)));
+    });
+}
+STDMETHODIMP APIMethods::GetOpenFileName(BSTR Filter, BSTR InitialFolder, BSTR Title, LONG hWndOwner, BSTR FileName,
+                                         BSTR DefaultExtension, FileDialogConstants Flags, LONG* FilterIndex,
+                                         BSTR* pRet) {
+    return api([&] {
+        required(pRet);
+        answer(pRet, first(fileDialog(dialogs::FileDialog::open, Filter, InitialFolder, Title, hWndOwner, FileName,
+                                      DefaultExtension, Flags, FilterIndex)));
+    });
+}
+STDMETHODIMP APIMethods::GetOpenFileNames(BSTR Filter, BSTR InitialFolder, BSTR Title, LONG hWndOwner, BSTR FileName,
+                                          BSTR DefaultExtension, FileDialogConstants Flags, LONG* FilterIndex,
+                                          VARIANT* pRet) {
+    return api([&] {
+        VariantInit(required(pRet));
+        const auto paths = fileDialog(dialogs::FileDialog::openMany, Filter, InitialFolder, Title, hWndOwner,
+                                      FileName, DefaultExtension, Flags, FilterIndex);
+        if (!paths.empty()) answer(pRet, paths);   // Empty on Cancel
+    });
+}
+STDMETHODIMP APIMethods::GetSaveFileName(BSTR Filter, BSTR InitialFolder, BSTR Title, LONG hWndOwner, BSTR FileName,
+                                         BSTR DefaultExtension, FileDialogConstants Flags, LONG* FilterIndex,
+                                         BSTR* pRet) {
+    return api([&] {
+        required(pRet);
+        answer(pRet, first(fileDialog(dialogs::FileDialog::save, Filter, InitialFolder, Title, hWndOwner, FileName,
+                                      DefaultExtension, Flags, FilterIndex)));
+    });
+}
+STDMETHODIMP APIMethods::ChooseColor(LONG InitialColor, LONG hWndOwner, VARIANT_BOOL FullOpen, LONG* pRet) {
+    return api([&] {
+        required(pRet);
+        *pRet = dialogs::chooseColor(InitialColor, toHandle<HWND>(hWndOwner), fromVB(FullOpen));
+    });
+}
+STDMETHODIMP APIMethods::ChooseFont(IFontDisp* Font, LONG hWndOwner, LONG* Color, VARIANT_BOOL* pRet) {
+    return api([&] {
+        required(pRet);
+        if (!Font) raise(kObjectNotSet);
+        ComPtr<IFont> font;
+        if (FAILED(Font->QueryInterface(IID_IFont, font.putVoid())) || !font) raise(kTypeMismatch);
+        long color = Color ? *Color : 0;
+        const bool chosen = dialogs::chooseFont(font.get(), toHandle<HWND>(hWndOwner), Color ? &color : nullptr);
+        if (chosen && Color) *Color = color;
+        answer(pRet, chosen);
+    });
+}
 
 }  // namespace tova
