@@ -1,6 +1,7 @@
 // APIMethods: programs and documents, server registration, dialogs.
 #include "api_methods.h"
 
+#include "api_values.h"
 #include "common_dialogs.h"
 #include "processes.h"
 #include "server_registration.h"
@@ -8,11 +9,10 @@
 
 namespace tova {
 
-namespace {
+using apiValues::answer;
+using apiValues::text;
 
-std::wstring text(BSTR b) { return b ? std::wstring(b, SysStringLen(b)) : std::wstring(); }
-void answer(BSTR* out, const std::wstring& s) { *required(out) = Bstr(s).detach(); }
-void answer(VARIANT_BOOL* out, bool b) { *required(out) = toVB(b); }
+namespace {
 
 // A list as a zero-based Variant array of strings.
 void answer(VARIANT* out, const std::vector<std::wstring>& items) {
