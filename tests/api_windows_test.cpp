@@ -1,6 +1,7 @@
 // APIMethods on real windows: placement, show state, opacity, identity,
 // finding, messages, the task bar and fonts, as Wine's null display driver
 // keeps them (no pixels reach a screen: styles and attributes tell).
+#include "api_support.h"
 #include "window_support.h"
 
 #include "windows/taskbar.h"
@@ -13,15 +14,6 @@ using namespace test;
 
 namespace {
 
-ComPtr<_APIMethods> api() { return create<_APIMethods>(CLSID_APIMethods, IID__APIMethods); }
-
-long lastDllError(_APIMethods* a) {
-    LONG e = -1;
-    a->get_LastDllError(&e);
-    return e;
-}
-
-long errorNumber(HRESULT hr) { return hr == S_OK ? 0 : HRESULT_CODE(hr); }
 long handleOf(HWND w) { return static_cast<long>(reinterpret_cast<LONG_PTR>(w)); }
 
 // A child window of the system's static class, destroyed with the test.

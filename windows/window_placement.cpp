@@ -113,7 +113,7 @@ bool workArea(HWND wnd, RECT& out) {
 
 bool centreOnScreen(HWND wnd) {
     if (!isWindow(wnd)) return false;
-    RECT w, area;
+    RECT w, area{};
     if (!GetWindowRect(wnd, &w)) return lastError::failed();
     const long width = w.right - w.left, height = w.bottom - w.top;
     if (isChild(wnd)) {
@@ -130,7 +130,7 @@ bool centreOnOwner(HWND wnd, HWND owner) {
     if (owner && !isWindow(owner)) return false;
     if (!owner) owner = GetWindow(wnd, GW_OWNER);
     if (!owner || isChild(wnd)) return centreOnScreen(wnd);
-    RECT w, around, area;
+    RECT w, around, area{};
     if (!GetWindowRect(wnd, &w) || !GetWindowRect(owner, &around)) return lastError::failed();
     if (!workArea(owner, area)) return false;
     const POINT at = centredInside(around, w.right - w.left, w.bottom - w.top, area);
