@@ -82,16 +82,21 @@ private:
     int lastTenth_ = -1;
 };
 
+// The names of a String array (FileSearch) or a Variant array (FileMethods).
 std::vector<std::wstring> strings(const VARIANT& v) {
     std::vector<std::wstring> out;
-    if (V_VT(&v) != (VT_ARRAY | VT_BSTR)) return out;
+    if (V_VT(&v) != (VT_ARRAY | VT_BSTR) && V_VT(&v) != (VT_ARRAY | VT_VARIANT)) return out;
     LONG ub = -1;
     SafeArrayGetUBound(V_ARRAY(&v), 1, &ub);
     for (LONG i = 0; i <= ub; ++i) {
-        BSTR b = nullptr;
-        SafeArrayGetElement(V_ARRAY(&v), &i, &b);
-        out.push_back(b ? b : L"");
-        SysFreeString(b);
+        Variant e;
+        if (V_VT(&v) == (VT_ARRAY | VT_BSTR)) {
+            V_VT(&e) = VT_BSTR;
+            SafeArrayGetElement(V_ARRAY(&v), &i, &V_BSTR(&e));
+        } else {
+            SafeArrayGetElement(V_ARRAY(&v), &i, &e);
+        }
+        out.push_back(V_VT(&e) == VT_BSTR && V_BSTR(&e) ? V_BSTR(&e) : L"");
     }
     return out;
 }
@@ -198,13 +203,15 @@ void fileMethodsDemo() {
     std::printf("  GetFiles, sorted:");
     for (const std::wstring& n : strings(list)) std::printf(" %ls", n.c_str());
     std::printf("\n");
-    Bstr copyTo(std::wstring(folder.get()) + L"\\copy");
+    // Beside the folder: a folder copied into itself is refused (error 5).
+    Bstr copyTo(std::wstring(folder.get()) + L"-copy");
     BSTR c = copyTo.get();
     VARIANT_BOOL ok = VARIANT_FALSE;
     check(fm->CopyFolder(&f, &c, VARIANT_FALSE, &ok), "CopyFolder");
     double size = 0;
-    check(fm->GetFolderSize(&f, VARIANT_TRUE, &size), "GetFolderSize");
-    std::printf("  CopyFolder into \\copy: %s; GetFolderSize with subfolders: %.0f bytes\n", ok ? "True" : "False", size);
+    check(fm->GetFolderSize(&c, VARIANT_TRUE, &size), "GetFolderSize");
+    std::printf("  CopyFolder beside it: %s; GetFolderSize of the copy: %.0f bytes\n", ok ? "True" : "False", size);
+    check(fm->DeleteFolder(&c, VARIANT_FALSE, VARIANT_FALSE, &ok), "DeleteFolder");
     Variant txt(L"*.txt");
     LONG deleted = 0;
     check(fm->DeleteFiles(&f, &txt, VARIANT_TRUE, VARIANT_FALSE, VARIANT_FALSE, &deleted), "DeleteFiles");

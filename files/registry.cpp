@@ -20,20 +20,7 @@ constexpr DWORD kBufferSize = 1024;
 // The longest value name the platform allows, with its NUL.
 constexpr DWORD kLongestValueName = 16384;
 
-// An open registry key, closed when it goes.
-class Key {
-public:
-    Key() = default;
-    Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
-    ~Key() { if (h_) RegCloseKey(h_); }
-    HKEY get() const { return h_; }
-    HKEY* put() { return &h_; }
-    explicit operator bool() const { return h_ != nullptr; }
-
-private:
-    HKEY h_ = nullptr;
-};
+using Key = RegistryKey;
 
 HKEY rootKey(long root) { return toHandle<HKEY>(root); }
 

@@ -147,6 +147,37 @@ private:
 using FileHandle = KernelHandle<CloseHandle>;   // CreateFileW
 using FindHandle = KernelHandle<FindClose>;     // FindFirstFileExW
 
+// A process, thread or event handle, closed when it goes; null marks none.
+class ObjectHandle {
+public:
+    explicit ObjectHandle(HANDLE h = nullptr) : h_(h) {}
+    ObjectHandle(ObjectHandle&& o) noexcept : h_(o.h_) { o.h_ = nullptr; }
+    ObjectHandle& operator=(ObjectHandle&& o) noexcept { std::swap(h_, o.h_); return *this; }
+    ObjectHandle(const ObjectHandle&) = delete;
+    ObjectHandle& operator=(const ObjectHandle&) = delete;
+    ~ObjectHandle() { if (h_) CloseHandle(h_); }
+    HANDLE get() const { return h_; }
+    explicit operator bool() const { return h_ != nullptr; }
+
+private:
+    HANDLE h_;
+};
+
+// An open registry key, closed when it goes.
+class RegistryKey {
+public:
+    RegistryKey() = default;
+    RegistryKey(const RegistryKey&) = delete;
+    RegistryKey& operator=(const RegistryKey&) = delete;
+    ~RegistryKey() { if (h_) RegCloseKey(h_); }
+    HKEY get() const { return h_; }
+    HKEY* put() { return &h_; }
+    explicit operator bool() const { return h_ != nullptr; }
+
+private:
+    HKEY h_ = nullptr;
+};
+
 // ------------------------------------------------------------------------- GDI
 
 // A GDI object (pen, brush, font, bitmap, region) deleted when it goes.

@@ -2,6 +2,7 @@
 // screen, colours, keyboard and pointer, clipboard, environment, timing and
 // error texts, as Wine 8 with its null display driver shows them (one 1024 x
 // 768 monitor at 96 DPI, a 64-bit prefix).
+#include "api_support.h"
 #include "window_support.h"
 
 #include <cwctype>
@@ -11,20 +12,6 @@ using namespace test;
 
 namespace {
 
-ComPtr<_APIMethods> api() { return create<_APIMethods>(CLSID_APIMethods, IID__APIMethods); }
-
-long lastDllError(_APIMethods* a) {
-    LONG e = -1;
-    a->get_LastDllError(&e);
-    return e;
-}
-
-long errorNumber(HRESULT hr) { return hr == S_OK ? 0 : HRESULT_CODE(hr); }
-
-std::wstring lower(std::wstring s) {
-    for (wchar_t& c : s) c = static_cast<wchar_t>(std::towlower(c));
-    return s;
-}
 
 bool endsWith(const std::wstring& s, const std::wstring& tail) {
     return s.size() >= tail.size() && lower(s.substr(s.size() - tail.size())) == lower(tail);

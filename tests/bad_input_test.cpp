@@ -43,7 +43,14 @@ const std::set<std::wstring> kSkipped = {
     // FileMethods' members that change the disk (their own tests give them bad input).
     L"SetFileDate", L"SetAttributes", L"SetReadOnly", L"SetHidden", L"CopyFile", L"MoveFile", L"RenameFile",
     L"DeleteFile", L"CopyFolder", L"MoveFolder", L"RenameFolder", L"DeleteFolder", L"CreateFolder", L"DeleteFiles",
-    L"WriteTextFile", L"AppendLine", L"WriteBinaryFile", L"CreateTempFile", L"CreateTempFolder"};
+    L"WriteTextFile", L"AppendLine", L"WriteBinaryFile", L"CreateTempFile", L"CreateTempFolder",
+    // APIMethods: these start programs ...
+    L"RunAndWait", L"RunProcess", L"ShellExecute", L"OpenDocument", L"OpenURL",
+    // ... change the registry ...
+    L"RegisterServer", L"UnregisterServer",
+    // ... or open a dialog that waits for a person (api_shell_tests and
+    // api_dialogs_tests give them bad input).
+    L"BrowseForFolder", L"GetOpenFileName", L"GetOpenFileNames", L"GetSaveFileName", L"ChooseColor", L"ChooseFont"};
 
 // The argument kinds, one call each with every argument of that kind.
 std::vector<Variant> kinds() {

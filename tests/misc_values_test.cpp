@@ -1,5 +1,6 @@
 // MiscMethods' message pump, value helpers, exact rounding, modulo, element
 // counts, ids and stopwatch.
+#include "api_support.h"
 #include "window_support.h"
 
 
@@ -8,8 +9,6 @@ using namespace test;
 namespace {
 
 ComPtr<_MiscMethods> misc() { return create<_MiscMethods>(CLSID_MiscMethods, IID__MiscMethods); }
-
-long errorNumber(HRESULT hr) { return hr == S_OK ? 0 : HRESULT_CODE(hr); }
 
 VARIANT vNull() {
     VARIANT v;

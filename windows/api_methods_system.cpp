@@ -2,6 +2,7 @@
 // screen and colours, keyboard, pointer and clipboard, environment, timing.
 #include "api_methods.h"
 
+#include "api_values.h"
 #include "environment_timing.h"
 #include "input_clipboard.h"
 #include "screen_colours.h"
@@ -14,19 +15,9 @@
 
 namespace tova {
 
-namespace {
-
-std::wstring text(BSTR b) { return b ? std::wstring(b, SysStringLen(b)) : std::wstring(); }
-void answer(BSTR* out, const std::wstring& s) { *required(out) = Bstr(s).detach(); }
-void answer(VARIANT_BOOL* out, bool b) { *required(out) = toVB(b); }
-
-// Records keep what they held when the member fails.
-bool toRecord(bool ok, const RECT& r, TOVA_RECT* out) {
-    if (ok) *out = fromWin32(r);
-    return ok;
-}
-
-}  // namespace
+using apiValues::answer;
+using apiValues::text;
+using apiValues::toRecord;
 
 // ------------------------------------------------------------ words and numbers
 

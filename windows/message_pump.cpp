@@ -34,15 +34,33 @@ long doEvents() {
 }
 
 bool waitWithEvents(long milliseconds) {
-    const double end = timing::milliseconds() + (milliseconds > 0 ? milliseconds : 0);
+    return waitFor(nullptr, milliseconds > 0 ? static_cast<DWORD>(milliseconds) : 0, true) != Wait::quit;
+}
+
+Wait waitFor(HANDLE object, DWORD milliseconds, bool dispatching) {
+    const DWORD handles = object ? 1 : 0;
+    if (!dispatching) {
+        switch (WaitForSingleObject(object, milliseconds)) {
+        case WAIT_OBJECT_0: return Wait::signalled;
+        case WAIT_TIMEOUT: return Wait::timedOut;
+        default: return Wait::failed;
+        }
+    }
+    const bool forever = milliseconds == INFINITE;
+    const double end = timing::milliseconds() + (forever ? 0 : milliseconds);
     for (;;) {
         // A bounded batch, so that a window flooding its own queue cannot
         // hold the wait beyond its time.
         long count = 0;
-        if (!dispatch(10000, count)) return false;
-        const double left = end - timing::milliseconds();
-        if (left <= 0) return true;
-        MsgWaitForMultipleObjectsEx(0, nullptr, static_cast<DWORD>(std::ceil(left)), QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+        if (!dispatch(10000, count)) return Wait::quit;
+        if (object && WaitForSingleObject(object, 0) == WAIT_OBJECT_0) return Wait::signalled;
+        const double left = forever ? 0 : end - timing::milliseconds();
+        if (!forever && left <= 0) return object ? Wait::timedOut : Wait::signalled;
+        const DWORD r = MsgWaitForMultipleObjectsEx(handles, object ? &object : nullptr,
+                                                    forever ? INFINITE : static_cast<DWORD>(std::ceil(left)),
+                                                    QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+        if (r == WAIT_FAILED) return Wait::failed;
+        if (object && r == WAIT_OBJECT_0) return Wait::signalled;
     }
 }
 

@@ -86,6 +86,27 @@ Check a.SetClipboardText("from a script") And a.GetClipboardText = "from a scrip
 Check a.ClearClipboard And a.GetClipboardText = "", "ClearClipboard"
 Check Len(a.GetErrorText(2)) > 0 And a.GetErrorText(&H80070005) = a.GetErrorText(5), "GetErrorText"
 
+' --- windows, work area, fonts
+Dim wins, names, font, wa
+wins = a.GetTopLevelWindows(m.CurrentProcessId)
+Check IsArray(wins), "GetTopLevelWindows gives a list"
+For i = 0 To UBound(wins)
+    Check a.GetWindowProcessId(wins(i)) = m.CurrentProcessId, "each window of this process"
+Next
+Check a.IsWindow(0) = False And a.GetWindowText(0) = "" And a.LastDllError = 1400, "no window"
+Check IsEmpty(a.GetChildWindows(0)), "GetChildWindows of no window is Empty"
+Check a.GetWorkArea(wa) And wa(2) > wa(0) And wa(3) > wa(1), "GetWorkArea fills an Empty variable"
+names = a.GetFontNames
+Check UBound(names) >= 0, "GetFontNames lists fonts"
+Check a.FontExists(names(0)) And Not a.FontExists("No Such Font"), "FontExists"
+Set font = a.CreateStdFont(names(0), 12)
+Check font.Name = names(0), "CreateStdFont"
+Check a.GetTextWidth("abcd", font) > a.GetTextWidth("ab", font) And a.GetTextWidth("") = 0, "GetTextWidth"
+Check a.GetTextHeight("x" & vbCrLf & "y", font) = 2 * a.GetTextHeight("x", font), "GetTextHeight"
+Check a.GetTextWidth("abcd") > 0, "GetTextWidth in the message font"
+Check a.DeleteGDIObject(a.CreateFontHandle(font)), "a font handle made and deleted"
+Check a.GetSystemFont(4).Size > 0, "GetSystemFont"
+
 ' --- MiscMethods
 Check m.DoEvents >= 0 And m.WaitWithEvents(10), "the message pump"
 Check m.IIf(Null, 1, 2) = 2 And m.IIf(True, "a", "b") = "a", "IIf"
