@@ -1,6 +1,7 @@
 #include "input_clipboard.h"
 
 #include "last_error.h"
+#include "window_placement.h"
 #include "../frame/errors.h"
 
 #include <cstring>
@@ -13,11 +14,8 @@ namespace {
 void requireKey(long virtualKey) {
     if (virtualKey < 1 || virtualKey > 254) raise(kInvalidArgument);
 }
-bool isWindowOrNone(HWND wnd) {
-    if (!wnd || IsWindow(wnd)) return true;
-    lastError::set(ERROR_INVALID_WINDOW_HANDLE);
-    return false;
-}
+// 0 means the screen; any other handle must name a window (else 1400).
+bool isWindowOrNone(HWND wnd) { return !wnd || placement::isWindow(wnd); }
 }  // namespace
 
 bool isKeyDown(long virtualKey) {

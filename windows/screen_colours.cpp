@@ -1,6 +1,7 @@
 #include "screen_colours.h"
 
 #include "last_error.h"
+#include "window_placement.h"
 #include "../frame/errors.h"
 
 #include <ole2.h>
@@ -21,7 +22,7 @@ RECT virtualScreen() {
 }
 
 bool monitorRect(HWND wnd, RECT& out) {
-    if (wnd && !IsWindow(wnd)) return lastError::set(ERROR_INVALID_WINDOW_HANDLE), false;
+    if (wnd && !placement::isWindow(wnd)) return false;
     HMONITOR m = wnd ? MonitorFromWindow(wnd, MONITOR_DEFAULTTONEAREST) : MonitorFromPoint(POINT{0, 0}, MONITOR_DEFAULTTOPRIMARY);
     MONITORINFO info = {};
     info.cbSize = sizeof info;
