@@ -4,6 +4,8 @@
 
 #include "folder_walk.h"
 
+#include "../frame/values.h"
+
 #include <string>
 #include <vector>
 
@@ -14,10 +16,14 @@ namespace files {
 // with `subfolders` the subfolders' entries follow in pre-order, relative to
 // `folder` unless `fullPaths`.
 bool listFiles(const std::wstring& folder, const folders::Criteria& criteria, bool subfolders, bool fullPaths,
-               std::vector<std::wstring>& out);
+               std::vector<Bstr>& out);
 bool listSubfolders(const std::wstring& folder, const folders::Criteria& criteria, bool subfolders, bool fullPaths,
-                    std::vector<std::wstring>& out);
+                    std::vector<Bstr>& out);
 std::wstring newestFile(const std::wstring& folder, const folders::Criteria& criteria, bool subfolders);
+
+// Reads folders one FindNextFileW call per entry, as on systems before Vista,
+// when `only`: for the tests.
+void useFindFirstFile(bool only);
 
 }  // namespace files
 }  // namespace tova

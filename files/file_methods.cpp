@@ -211,7 +211,7 @@ STDMETHODIMP FileMethods::DeleteFiles(BSTR* FolderName, VARIANT* Pattern, VARIAN
 
 STDMETHODIMP FileMethods::GetFiles(BSTR* FolderName, VARIANT* Pattern, VARIANT_BOOL IncludeSubfolders, VARIANT_BOOL FullPaths, VARIANT* pRet) {
     return guard([&] {
-        std::vector<std::wstring> names;
+        std::vector<Bstr> names;
         VariantInit(required(pRet));
         if (files::listFiles(text(FolderName), folders::Criteria(Pattern), fromVB(IncludeSubfolders), fromVB(FullPaths), names))
             files::toVariantArray(names, pRet);
@@ -220,7 +220,7 @@ STDMETHODIMP FileMethods::GetFiles(BSTR* FolderName, VARIANT* Pattern, VARIANT_B
 
 STDMETHODIMP FileMethods::GetSubfolders(BSTR* FolderName, VARIANT* Pattern, VARIANT_BOOL IncludeSubfolders, VARIANT_BOOL FullPaths, VARIANT* pRet) {
     return guard([&] {
-        std::vector<std::wstring> names;
+        std::vector<Bstr> names;
         VariantInit(required(pRet));
         if (files::listSubfolders(text(FolderName), folders::Criteria(Pattern), fromVB(IncludeSubfolders),
                                   fromVB(FullPaths), names))

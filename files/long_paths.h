@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include <windows.h>
-#include <oleauto.h>
+#include "../frame/values.h"
 
 namespace tova {
 namespace files {
@@ -59,6 +58,8 @@ bool hasInvalidNameCharacter(const std::wstring& text);
 
 // A zero-based Variant array of Strings (no elements for an empty list).
 void toVariantArray(const std::vector<std::wstring>& items, VARIANT* out);
+// The same from strings already made, moved into the array.
+void toVariantArray(std::vector<Bstr>& items, VARIANT* out);
 
 }  // namespace files
 }  // namespace tova

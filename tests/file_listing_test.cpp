@@ -1,7 +1,10 @@
 // FileMethods listings: GetFiles, GetSubfolders and GetNewestFile on a tree
 // with awkward names, pattern forms, sorted pre-order, relative and full
-// paths, links listed but not entered, long paths, soft failures.
+// paths, links listed but not entered, long paths, soft failures; the same
+// listings when folders are read entry by entry, as before Vista.
 #include "file_fixtures.h"
+
+#include "files/file_listing.h"
 
 using namespace test;
 
@@ -131,6 +134,38 @@ TEST_F(Listing, NothingThereIsEmptyNoMatchIsNoElements) {
     }
 }
 
+// Starts a Unix program (Wine runs them), without waiting: the handle of a
+// Unix process does not wait for it. Callers wait for its effect.
+bool unixCommand(std::string command) {
+    STARTUPINFOA si{};
+    si.cb = sizeof si;
+    PROCESS_INFORMATION pi{};
+    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi)) return false;
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+    return true;
+}
+
+// Waits up to 10 s until `path` exists or not; its attributes.
+DWORD awaitPath(const std::wstring& path, bool present) {
+    DWORD a = GetFileAttributesW(path.c_str());
+    for (int i = 0; i < 1000 && (a != INVALID_FILE_ATTRIBUTES) != present; ++i, Sleep(10)) a = GetFileAttributesW(path.c_str());
+    return a;
+}
+
+// A Linux symbolic link `link` to `target` (Unix paths), removed when it
+// goes: once its target is gone the platform cannot delete it.
+struct UnixLink {
+    std::string link;
+    std::wstring path;
+    UnixLink(const std::string& target, std::string name, std::wstring windowsPath) : link(std::move(name)), path(std::move(windowsPath)) {
+        if (unixCommand("/bin/ln -s " + target + " " + link)) awaitPath(path, true);
+    }
+    ~UnixLink() {
+        if (unixCommand("/bin/rm -f " + link)) awaitPath(path, false);
+    }
+};
+
 // A Linux symbolic link to a folder (the platform shows it as a reparse point)
 // is listed but never entered: its target's tree is not this folder's.
 TEST_F(Listing, LinksListedNeverEntered) {
@@ -139,22 +174,14 @@ TEST_F(Listing, LinksListedNeverEntered) {
     auto unixName = reinterpret_cast<UnixName>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
     if (!unixName) GTEST_SKIP() << "not under Wine";
-    char* root = unixName(dir.root().c_str());
-    std::string command = std::string("/bin/ln -s ") + root + "/other " + root + "/real/link";
-    HeapFree(GetProcessHeap(), 0, root);
-    STARTUPINFOA si{};
-    si.cb = sizeof si;
-    PROCESS_INFORMATION pi{};
-    ASSERT_TRUE(CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi));
-    CloseHandle(pi.hThread);
-    CloseHandle(pi.hProcess);
-    // The handle of a Unix process does not wait for it: the link's arrival does.
-    DWORD attributes = INVALID_FILE_ATTRIBUTES;
-    for (int i = 0; i < 1000 && attributes == INVALID_FILE_ATTRIBUTES; ++i, Sleep(10))
-        attributes = GetFileAttributesW((dir / L"real\\link").c_str());
-    const DWORD link = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+    char* unixRoot = unixName(dir.root().c_str());
+    const std::string root = unixRoot;
+    HeapFree(GetProcessHeap(), 0, unixRoot);
+    UnixLink link(root + "/other", root + "/real/link", dir / L"real\\link");
+    const DWORD attributes = GetFileAttributesW(link.path.c_str());
+    const DWORD reparse = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
     ASSERT_NE(INVALID_FILE_ATTRIBUTES, attributes);
-    ASSERT_EQ(link, attributes & link);
+    ASSERT_EQ(reparse, attributes & reparse);
     // And until a listing shows it (once, a 32-bit run did not yet).
     for (int tries = 0; tries < 100; ++tries) {
         WIN32_FIND_DATAW fd;
@@ -213,6 +240,29 @@ TEST_F(Listing, NewestFileFollowsSetDatesTiesByName) {
         {text(L"*.none"), true, L""},
     };
     for (const auto& c : cases) EXPECT_EQ(c.path, newest(dir.root(), c.pattern, c.deep));
+}
+
+// Systems before Vista read a folder one FindNextFileW call per entry: the
+// same listings, and the same soft failures.
+TEST_F(Listing, EntryByEntryReadingListsAlike) {
+    tree();
+    dir.folder(L"empty");
+    const tova::folders::Criteria all(nullptr);
+    auto old = [&](bool folders, const std::wstring& folder, bool deep, bool full) {
+        std::vector<Bstr> names;
+        tova::files::useFindFirstFile(true);
+        const bool read = folders ? tova::files::listSubfolders(folder, all, deep, full, names)
+                                  : tova::files::listFiles(folder, all, deep, full, names);
+        tova::files::useFindFirstFile(false);
+        Names out;
+        for (const Bstr& n : names) out.push_back(n.str());
+        return read ? out : Names{L"<Empty>"};
+    };
+    for (const std::wstring& folder : {dir.root(), dir / L"empty", dir / L"A.txt", dir / L"missing"})
+        for (bool deep : {false, true}) {
+            EXPECT_EQ(get(L"GetFiles", folder, missing(), deep, deep), old(false, folder, deep, deep)) << folder.size();
+            EXPECT_EQ(get(L"GetSubfolders", folder, missing(), deep), old(true, folder, deep, false)) << folder.size();
+        }
 }
 
 }  // namespace
