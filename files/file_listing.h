@@ -21,9 +21,11 @@ bool listSubfolders(const std::wstring& folder, const folders::Criteria& criteri
                     std::vector<Bstr>& out);
 std::wstring newestFile(const std::wstring& folder, const folders::Criteria& criteria, bool subfolders);
 
-// Reads folders one FindNextFileW call per entry, as on systems before Vista,
-// when `only`: for the tests.
-void useFindFirstFile(bool only);
+// How folders are read, for the tests: by the buffer (the default), one
+// FindNextFileW call per entry as before Vista, or by the buffer from a
+// server that refuses queries above 64 KB.
+enum class Reading { buffered, entryByEntry, refusingLargeQueries };
+void readFoldersForTests(Reading how);
 
 }  // namespace files
 }  // namespace tova

@@ -341,6 +341,7 @@ Criteria::Criteria(const VARIANT* v) {
     while (v && V_VT(v) == (VT_BYREF | VT_VARIANT)) v = V_VARIANTREF(v);
     if (!v || (V_VT(v) == VT_ERROR && V_ERROR(v) == DISP_E_PARAMNOTFOUND)) {
         patterns_.emplace_back(L"*", 1, true);
+        all_ = true;
         return;
     }
     const VARTYPE vt = V_VT(v);
@@ -377,6 +378,7 @@ void Criteria::add(const VARIANT* element) {
     if (FAILED(VariantChangeTypeEx(&text, const_cast<VARIANT*>(element), LOCALE_USER_DEFAULT, 0, VT_BSTR))) return;
     const UINT n = SysStringLen(V_BSTR(&text));
     if (n == 0) return;   // an empty pattern matches nothing
+    if (n == 1 && V_BSTR(&text)[0] == L'*') all_ = true;
     try {
         patterns_.emplace_back(V_BSTR(&text), n, true);
     } catch (const Raised&) {
@@ -385,6 +387,7 @@ void Criteria::add(const VARIANT* element) {
 }
 
 bool Criteria::matches(const wchar_t* name, size_t length) const {
+    if (all_) return true;
     for (const WildcardPattern& p : patterns_)
         if (p.matches(name, length)) return true;
     return false;

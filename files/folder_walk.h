@@ -49,6 +49,7 @@ public:
 private:
     void add(const VARIANT* element);
     std::vector<WildcardPattern> patterns_;
+    bool all_ = false;   // a pattern is "*": the commonest listing asks nothing of a name
 };
 
 // What a search reports, in this order: initialising, initialised, started,
