@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cwchar>
+#include <memory>
 
 namespace tova {
 namespace files {
@@ -85,39 +86,51 @@ QueryFolder queryFolder() {
 // refuse a query above 64 KB get 64 KB.
 constexpr DWORD kFirstBytes = 64 * 1024, kLaterBytes = 1024 * 1024;
 
+// The queries' buffer, grown and never cleared: a query writes what it gives.
+class QueryBuffer {
+public:
+    BYTE* get(DWORD size) {
+        if (size > size_) {
+            data_.reset(new LONGLONG[size / sizeof(LONGLONG)]);   // entries are 8-byte aligned
+            size_ = size;
+        }
+        return reinterpret_cast<BYTE*>(data_.get());
+    }
+
+private:
+    std::unique_ptr<LONGLONG[]> data_;
+    DWORD size_ = 0;
+};
+
 // Calls take(name, length, attributes, last write) for every entry of
 // `folder` (ending in \), dots included. False when it cannot be read.
 template <class Take>
-bool readEntries(const std::wstring& folder, std::vector<LONGLONG>& buffer, Take&& take) {
+bool readEntries(const std::wstring& folder, QueryBuffer& buffer, Take&& take) {
     if (QueryFolder query = queryFolder()) {
         HANDLE raw = CreateFileW(folder.c_str(), FILE_LIST_DIRECTORY | SYNCHRONIZE,
                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                  FILE_FLAG_BACKUP_SEMANTICS, nullptr);
         if (raw == INVALID_HANDLE_VALUE) return false;
         ObjectHandle h(raw);
-        DWORD size = kFirstBytes;
-        if (buffer.size() * sizeof(LONGLONG) < size) buffer.resize(size / sizeof(LONGLONG));
+        DWORD size = kFirstBytes, largest = kLaterBytes;
         FILE_INFO_BY_HANDLE_CLASS kind = FileIdBothDirectoryRestartInfo;
         for (;;) {
-            if (!query(h.get(), kind, buffer.data(), size)) {
+            BYTE* const start = buffer.get(size);
+            if (!query(h.get(), kind, start, size)) {
                 if (size == kFirstBytes || GetLastError() != ERROR_INVALID_PARAMETER) break;
-                size = kFirstBytes;
+                size = largest = kFirstBytes;
                 continue;
             }
             kind = FileIdBothDirectoryInfo;
-            auto* bytes = reinterpret_cast<const BYTE*>(buffer.data());
+            const BYTE* bytes = start;
             for (;;) {
                 auto* e = reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(bytes);
                 take(e->FileName, e->FileNameLength / sizeof(wchar_t), e->FileAttributes,
                      FILETIME{e->LastWriteTime.LowPart, static_cast<DWORD>(e->LastWriteTime.HighPart)});
                 if (!e->NextEntryOffset) {
                     // Full when the longest entry would not have fitted after this one.
-                    const size_t used = bytes - reinterpret_cast<const BYTE*>(buffer.data()) +
-                                        sizeof(FILE_ID_BOTH_DIR_INFO) + e->FileNameLength;
-                    if (size == kFirstBytes && used + sizeof(FILE_ID_BOTH_DIR_INFO) + 255 * sizeof(wchar_t) + 8 > size) {
-                        size = kLaterBytes;
-                        if (buffer.size() * sizeof(LONGLONG) < size) buffer.resize(size / sizeof(LONGLONG));
-                    }
+                    const size_t used = bytes - start + sizeof(FILE_ID_BOTH_DIR_INFO) + e->FileNameLength;
+                    if (used + sizeof(FILE_ID_BOTH_DIR_INFO) + 255 * sizeof(wchar_t) + 8 > size) size = largest;
                     break;
                 }
                 bytes += e->NextEntryOffset;
@@ -145,7 +158,7 @@ enum class Kind { files, folders };
 // Reads one folder: the files wanted into `files`, its subfolders (those
 // listed or entered) into `subfolders`. False when it cannot be read.
 bool readFolder(const std::wstring& folder, const folders::Criteria& criteria, Kind kind, bool deep,
-                std::vector<LONGLONG>& buffer, std::vector<Entry>& files, std::vector<Entry>& subfolders) {
+                QueryBuffer& buffer, std::vector<Entry>& files, std::vector<Entry>& subfolders) {
     return readEntries(folder, buffer, [&](const wchar_t* name, size_t length, DWORD attributes, FILETIME written) {
         if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
             if (name[0] == L'.' && (length == 1 || (length == 2 && name[1] == L'.'))) return;
@@ -172,7 +185,7 @@ bool walk(const std::wstring& base, const folders::Criteria& criteria, Kind kind
     stack[0].enter = true;
     bool top = true;
     std::vector<Entry> files, subfolders;
-    std::vector<LONGLONG> buffer;
+    QueryBuffer buffer;
     while (!stack.empty()) {
         Entry folder = std::move(stack.back());
         stack.pop_back();
