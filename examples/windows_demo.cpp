@@ -196,7 +196,7 @@ int main() {
         check(tip->AddTool(handle, Bstr(L"").get(), &tool), "AddTool");
         std::printf("A Tooltip balloon on the window; the pointer rests on it, then leaves:\n");
         moveTo(60, 40);
-        pump(3000, [&] { return events.find("Show") != std::string::npos; });
+        pump(3000, [&] { return events.find(", Show") != std::string::npos; });   // not BeforeShow
         RECT tipRect{};
         GetWindowRect(tovaHandle(tip.get()), &tipRect);
         std::printf("    shown at (%ld, %ld), %ld x %ld\n", tipRect.left, tipRect.top, tipRect.right - tipRect.left,

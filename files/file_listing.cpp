@@ -65,8 +65,13 @@ QueryFolder platformQuery() {
     return query;
 }
 
+// Each query call has a cost of its own (about 50 µs under Wine): a folder
+// that fills the first 64 KB is read on a megabyte at a time. Servers that
+// refuse a query above 64 KB get 64 KB.
+constexpr DWORD kFirstBytes = 64 * 1024, kLaterBytes = 1024 * 1024;
+
 BOOL WINAPI refusingLargeQueries(HANDLE h, FILE_INFO_BY_HANDLE_CLASS kind, LPVOID buffer, DWORD size) {
-    if (size <= 64 * 1024) return platformQuery()(h, kind, buffer, size);
+    if (size <= kFirstBytes) return platformQuery()(h, kind, buffer, size);
     SetLastError(ERROR_INVALID_PARAMETER);
     return FALSE;
 }
@@ -80,11 +85,6 @@ QueryFolder queryFolder() {
     default: return platformQuery();
     }
 }
-
-// Each query call has a cost of its own (about 50 µs under Wine): a folder
-// that fills the first 64 KB is read on a megabyte at a time. Servers that
-// refuse a query above 64 KB get 64 KB.
-constexpr DWORD kFirstBytes = 64 * 1024, kLaterBytes = 1024 * 1024;
 
 // The queries' buffer, grown and never cleared: a query writes what it gives.
 class QueryBuffer {
@@ -161,7 +161,7 @@ bool readFolder(const std::wstring& folder, const folders::Criteria& criteria, K
                 QueryBuffer& buffer, std::vector<Entry>& files, std::vector<Entry>& subfolders) {
     return readEntries(folder, buffer, [&](const wchar_t* name, size_t length, DWORD attributes, FILETIME written) {
         if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
-            if (name[0] == L'.' && (length == 1 || (length == 2 && name[1] == L'.'))) return;
+            if (folders::isDots(name, length)) return;
             const bool hit = kind == Kind::folders && criteria.matches(name, length);
             // Links are listed, never entered: one pointing up the tree would never end.
             const bool enter = deep && !(attributes & FILE_ATTRIBUTE_REPARSE_POINT);
@@ -181,8 +181,8 @@ bool readFolder(const std::wstring& folder, const folders::Criteria& criteria, K
 template <class Visit>
 bool walk(const std::wstring& base, const folders::Criteria& criteria, Kind kind, bool deep, Visit&& visit) {
     // Subfolders waiting, named by their path relative to base; base itself first.
-    std::vector<Entry> stack(1);
-    stack[0].enter = true;
+    std::vector<Entry> stack;
+    stack.push_back({Bstr(), FILETIME{}, false, true});
     bool top = true;
     std::vector<Entry> files, subfolders;
     QueryBuffer buffer;

@@ -214,7 +214,7 @@ STDMETHODIMP FileMethods::GetFiles(BSTR* FolderName, VARIANT* Pattern, VARIANT_B
         std::vector<Bstr> names;
         VariantInit(required(pRet));
         if (files::listFiles(text(FolderName), folders::Criteria(Pattern), fromVB(IncludeSubfolders), fromVB(FullPaths), names))
-            files::toVariantArray(names, pRet);
+            toVariantArray(names, pRet);
     });
 }
 
@@ -224,7 +224,7 @@ STDMETHODIMP FileMethods::GetSubfolders(BSTR* FolderName, VARIANT* Pattern, VARI
         VariantInit(required(pRet));
         if (files::listSubfolders(text(FolderName), folders::Criteria(Pattern), fromVB(IncludeSubfolders),
                                   fromVB(FullPaths), names))
-            files::toVariantArray(names, pRet);
+            toVariantArray(names, pRet);
     });
 }
 
@@ -248,7 +248,7 @@ STDMETHODIMP FileMethods::ReadTextLines(BSTR* FileName, TextEncodingConstants En
     return guard([&] {
         std::vector<std::wstring> lines;
         VariantInit(required(pRet));
-        if (files::readLines(text(FileName), encoding(Encoding), lines)) files::toVariantArray(lines, pRet);
+        if (files::readLines(text(FileName), encoding(Encoding), lines)) toVariantArray(lines, pRet);
     });
 }
 
@@ -395,7 +395,7 @@ STDMETHODIMP FileMethods::MakeValidFileName(BSTR* Name, BSTR Replacement, BSTR* 
 STDMETHODIMP FileMethods::GetDrives(VARIANT* pRet) {
     return guard([&] {
         VariantInit(required(pRet));
-        files::toVariantArray(files::driveRoots(), pRet);
+        toVariantArray(files::driveRoots(), pRet);
     });
 }
 

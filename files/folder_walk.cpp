@@ -9,6 +9,7 @@ namespace tova {
 namespace folders {
 
 bool isDots(const wchar_t* n) { return n[0] == L'.' && (n[1] == 0 || (n[1] == L'.' && n[2] == 0)); }
+bool isDots(const wchar_t* n, size_t length) { return n[0] == L'.' && (length == 1 || (length == 2 && n[1] == L'.')); }
 
 HANDLE findFirst(const std::wstring& pattern, WIN32_FIND_DATAW& fd) {
     // The basic form skips the short names; systems older than Windows 7 refuse it.

@@ -83,8 +83,9 @@ std::wstring childPath(const std::wstring& folder, const wchar_t* name, size_t l
 // FindFirstFileExW without short names and with large fetches where the
 // system offers them; INVALID_HANDLE_VALUE on failure (see GetLastError).
 HANDLE findFirst(const std::wstring& pattern, WIN32_FIND_DATAW& fd);
-// "." or "..".
+// "." or "..": a name ending in NUL, or of `length` characters.
 bool isDots(const wchar_t* name);
+bool isDots(const wchar_t* name, size_t length);
 
 // The index file's name: the temporary folder, "\", a new GUID's 32 hex
 // digits, ".TMP". Empty when there is no temporary folder.

@@ -86,43 +86,5 @@ void requireValidName(const std::wstring& name) {
     if (name.empty() || name == L"." || name == L".." || hasInvalidNameCharacter(name)) raise(kInvalidArgument);
 }
 
-void toVariantArray(const std::vector<std::wstring>& items, VARIANT* out) {
-    SafeArray sa(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(items.size())));
-    if (!sa.get()) raise(kOutOfMemory);
-    if (!items.empty()) {
-        // Filled in place: a listing of many thousand names pays one allocation
-        // per name; the length is kept, so a NUL inside a line survives.
-        ArrayData data(sa.get());
-        if (!data.locked()) raise(kOutOfMemory);
-        VARIANT* slots = static_cast<VARIANT*>(data.data());   // created Empty
-        for (size_t i = 0; i < items.size(); ++i) {
-            BSTR b = SysAllocStringLen(items[i].data(), static_cast<UINT>(items[i].size()));
-            if (!b) raise(kOutOfMemory);   // the array, destroyed, frees those already set
-            V_VT(&slots[i]) = VT_BSTR;
-            V_BSTR(&slots[i]) = b;
-        }
-    }
-    VariantInit(out);
-    V_VT(out) = VT_ARRAY | VT_VARIANT;
-    V_ARRAY(out) = sa.detach();
-}
-
-void toVariantArray(std::vector<Bstr>& items, VARIANT* out) {
-    SafeArray sa(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(items.size())));
-    if (!sa.get()) raise(kOutOfMemory);
-    if (!items.empty()) {
-        ArrayData data(sa.get());
-        if (!data.locked()) raise(kOutOfMemory);
-        VARIANT* slots = static_cast<VARIANT*>(data.data());   // created Empty
-        for (size_t i = 0; i < items.size(); ++i) {
-            V_VT(&slots[i]) = VT_BSTR;
-            V_BSTR(&slots[i]) = items[i].detach();
-        }
-    }
-    VariantInit(out);
-    V_VT(out) = VT_ARRAY | VT_VARIANT;
-    V_ARRAY(out) = sa.detach();
-}
-
 }  // namespace files
 }  // namespace tova

@@ -56,10 +56,5 @@ void requireValidName(const std::wstring& name);
 // The same test, without raising: for parts (prefixes, extensions) that may be empty.
 bool hasInvalidNameCharacter(const std::wstring& text);
 
-// A zero-based Variant array of Strings (no elements for an empty list).
-void toVariantArray(const std::vector<std::wstring>& items, VARIANT* out);
-// The same from strings already made, moved into the array.
-void toVariantArray(std::vector<Bstr>& items, VARIANT* out);
-
 }  // namespace files
 }  // namespace tova

@@ -8,3 +8,4 @@
 #include "events.h"
 #include "object.h"
 #include "catalogue.h"
+#include "string_lists.h"

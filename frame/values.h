@@ -63,6 +63,8 @@ public:
     static Bstr attach(BSTR s) { Bstr b; b.s_ = s; return b; }
     BSTR get() const { return s_; }
     BSTR* put() { SysFreeString(s_); s_ = nullptr; return &s_; }
+    // The string in place, for a by-reference argument the callee may replace.
+    BSTR& ref() { return s_; }
     BSTR detach() { BSTR s = s_; s_ = nullptr; return s; }
     UINT length() const { return SysStringLen(s_); }
     std::wstring str() const { return s_ ? std::wstring(s_, SysStringLen(s_)) : std::wstring(); }
@@ -169,9 +171,13 @@ public:
     RegistryKey() = default;
     RegistryKey(const RegistryKey&) = delete;
     RegistryKey& operator=(const RegistryKey&) = delete;
-    ~RegistryKey() { if (h_) RegCloseKey(h_); }
+    ~RegistryKey() { reset(); }
     HKEY get() const { return h_; }
-    HKEY* put() { return &h_; }
+    HKEY* put() { reset(); return &h_; }
+    void reset() {
+        if (h_) RegCloseKey(h_);
+        h_ = nullptr;
+    }
     explicit operator bool() const { return h_ != nullptr; }
 
 private:
@@ -273,6 +279,12 @@ inline size_t scalarBytes(VARTYPE vt) {
 inline bool isMissing(const VARIANT* v) {
     while (v && V_VT(v) == (VT_BYREF | VT_VARIANT)) v = V_VARIANTREF(v);
     return !v || (V_VT(v) == VT_ERROR && V_ERROR(v) == DISP_E_PARAMNOTFOUND);
+}
+
+// The array a Variant holds, itself or by reference; null for none.
+inline SAFEARRAY* arrayIn(const VARIANT& v) {
+    if (!(V_VT(&v) & VT_ARRAY)) return nullptr;
+    return (V_VT(&v) & VT_BYREF) ? (V_ARRAYREF(&v) ? *V_ARRAYREF(&v) : nullptr) : V_ARRAY(&v);
 }
 
 inline VARIANT_BOOL toVB(bool b) { return b ? VARIANT_TRUE : VARIANT_FALSE; }

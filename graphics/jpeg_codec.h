@@ -21,6 +21,15 @@ struct Info {
 // Reads the frame header only.
 bool readInfo(const uint8_t* data, size_t size, Info& info);
 
+// Every block of a Huffman-coded JPEG costs at least one bit, so a stream
+// cannot describe more than about 512 pixels per byte. A header claiming far
+// more is hostile or truncated; refusing it before allocating keeps a few
+// bytes from making us allocate gigabytes.
+inline bool plausible(const Info& info, size_t size) {
+    const unsigned long long pixels = static_cast<unsigned long long>(info.width) * info.height;
+    return info.width > 0 && info.height > 0 && pixels / 1024 <= size;
+}
+
 // Decodes the whole image. Row y (0 = top) is written to dst + y * stride as
 // width BGR triples; stride may be negative for bottom-up DIB memory. width
 // and height must be those readInfo reported. Grey images give equal blue,

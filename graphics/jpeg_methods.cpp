@@ -44,22 +44,13 @@ bool pixelsOf(_DIBSection* section, SectionPixels& p) {
     return p.width > 0 && p.height > 0;
 }
 
-// Every block of a Huffman-coded JPEG costs at least one bit, so a stream
-// cannot describe more than about 512 pixels per byte. A header claiming far
-// more is hostile or truncated; refusing it keeps a few bytes from making us
-// allocate gigabytes.
-bool plausible(const jpeg::Info& info, size_t size) {
-    const unsigned long long pixels = static_cast<unsigned long long>(info.width) * info.height;
-    return info.width > 0 && info.height > 0 && pixels / 1024 <= size;
-}
-
 constexpr long long kMaxFile = 1LL << 30;  // larger than any JPEG this library could decode
 
 }  // namespace
 
 bool decodeInto(_DIBSection* section, const uint8_t* data, size_t size) {
     jpeg::Info info;
-    if (!section || !data || size == 0 || !jpeg::readInfo(data, size, info) || !plausible(info, size)) return false;
+    if (!section || !data || size == 0 || !jpeg::readInfo(data, size, info) || !jpeg::plausible(info, size)) return false;
     VARIANT_BOOL created = VARIANT_FALSE;
     if (FAILED(section->Create(info.width, info.height, &created)) || !created) return false;
     SectionPixels p;

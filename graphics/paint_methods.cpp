@@ -303,11 +303,11 @@ STDMETHODIMP PaintMethods::CPictureByteArray(VARIANT Source, CPictureByteArrayCo
         VariantInit(required(pRet));
         if (Conversion != tovaPictureConvBMP && Conversion != tovaPictureConvJPEG) raise(kInvalidArgument);
         const VARIANT* v = &Source;
-        while (V_VT(v) == (VT_BYREF | VT_VARIANT)) v = V_VARIANTREF(v);
+        while (V_VT(v) == (VT_BYREF | VT_VARIANT) && V_VARIANTREF(v)) v = V_VARIANTREF(v);
         const VARTYPE vt = V_VT(v) & ~VT_BYREF;
         if (vt == (VT_ARRAY | VT_UI1)) {
             // Bytes to a picture: the format is read from the bytes themselves.
-            SAFEARRAY* a = (V_VT(v) & VT_BYREF) ? (V_ARRAYREF(v) ? *V_ARRAYREF(v) : nullptr) : V_ARRAY(v);
+            SAFEARRAY* a = arrayIn(*v);
             if (!a || SafeArrayGetDim(a) != 1) raise(kInvalidArgument);
             ArrayData data(a);
             if (!data.locked()) raise(kInvalidArgument);

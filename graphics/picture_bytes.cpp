@@ -28,19 +28,15 @@ ComPtr<IPictureDisp> fromBmp(const uint8_t* data, size_t size) {
     if (l.bitFields) std::memcpy(extra, l.masks, 12);
     if (l.colourCount) std::memcpy(extra + (l.bitFields ? 12 : 0), l.colours, l.colourCount * 4);
     void* bits = nullptr;
-    HBITMAP dib = CreateDIBSection(nullptr, reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS, &bits,
-                                   nullptr, 0);
-    if (!dib || !bits) {
-        if (dib) DeleteObject(dib);
-        return nullptr;
-    }
+    Bitmap dib(CreateDIBSection(nullptr, reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS, &bits, nullptr, 0));
+    if (!dib || !bits) return nullptr;
     std::memcpy(bits, l.pixels, l.stride * static_cast<size_t>(l.height));
-    return pictureOf(dib);
+    return pictureOf(dib.release());
 }
 
 ComPtr<IPictureDisp> fromJpeg(const uint8_t* data, size_t size) {
     jpeg::Info info;
-    if (!jpeg::readInfo(data, size, info) || info.width < 1 || info.height < 1 ||
+    if (!jpeg::readInfo(data, size, info) || !jpeg::plausible(info, size) ||
         static_cast<long long>(info.width) * info.height > bmp::kMaxPixels)
         return nullptr;
     BITMAPINFO bi{};

@@ -131,7 +131,7 @@ PaintFailure paintMasked(IPictureDisp* picture, IPictureDisp* mask, const PaintR
             if (colour::luminance(c.r, c.g, c.b) >= 128) px.row(y)[x] = 0;
         }
     const PaintRequest& r = p.request;
-    return result(compose(r.dc, r.x, r.y, r.width, r.height, {{p.layer.get(), 0, 0, alpha::Opacity(255)}}));
+    return result(composeLayer(r.dc, r.x, r.y, *p.layer));
 }
 
 PaintFailure paintDisabled(IPictureDisp* picture, const PaintRequest& request, int lighten) {
@@ -140,7 +140,7 @@ PaintFailure paintDisabled(IPictureDisp* picture, const PaintRequest& request, i
     if (f != PaintFailure::None) return f;
     recolour(*p.layer, [&](const colourise::PixelRows& rows) { colourise::disable(rows, lighten); });
     const PaintRequest& r = p.request;
-    return result(compose(r.dc, r.x, r.y, r.width, r.height, {{p.layer.get(), 0, 0, alpha::Opacity(255)}}));
+    return result(composeLayer(r.dc, r.x, r.y, *p.layer));
 }
 
 PaintFailure paintEmbossed(IPictureDisp* picture, const PaintRequest& request, COLORREF highlight,
@@ -171,7 +171,7 @@ PaintFailure paintShadowed(IPictureDisp* picture, const PaintRequest& request, C
         silhouette(*p.layer, s, colour::fromColorRef(shadow), 0, 0, false);
         return result(compose(r.dc, r.x + offsetX, r.y + offsetY, r.width, r.height,
                               {{&s, 0, 0, alpha::Opacity(opacity)}}) &&
-                      compose(r.dc, r.x, r.y, r.width, r.height, {{p.layer.get(), 0, 0, alpha::Opacity(255)}}));
+                      composeLayer(r.dc, r.x, r.y, *p.layer));
     }
     // The area covering both: the picture at (px, py), its shadow moved by the offsets.
     const int left = static_cast<int>(std::min(0L, offsetX)), top = static_cast<int>(std::min(0L, offsetY));
@@ -211,7 +211,7 @@ PaintFailure paintColourised(IPictureDisp* picture, const PaintRequest& request,
         colourise::colourise(rows, colour::fromColorRef(color), amount);
     });
     const PaintRequest& r = p.request;
-    return result(compose(r.dc, r.x, r.y, r.width, r.height, {{p.layer.get(), 0, 0, alpha::Opacity(255)}}));
+    return result(composeLayer(r.dc, r.x, r.y, *p.layer));
 }
 
 bool composeLayer(HDC dc, long x, long y, Surface32& layer) {

@@ -121,8 +121,7 @@ ComPtr<IPictureDisp> pictureFromDC(HDC dc, long x, long y, long w, long h) {
 bool isIcon(HICON icon) {
     ICONINFO info{};
     if (!icon || !GetIconInfo(icon, &info)) return false;
-    if (info.hbmMask) DeleteObject(info.hbmMask);
-    if (info.hbmColor) DeleteObject(info.hbmColor);
+    Bitmap mask(info.hbmMask), colour(info.hbmColor);   // copies made for us
     return true;
 }
 
@@ -152,11 +151,10 @@ bool paintIcon(HDC dc, long x, long y, HICON icon, long w, long h, bool disabled
     if (w == 0 || h == 0) {
         ICONINFO info{};
         if (!GetIconInfo(icon, &info)) return false;
+        Bitmap mask(info.hbmMask), colour(info.hbmColor);   // copies made for us
         BITMAP bm{};
         GetObjectW(info.hbmColor ? info.hbmColor : info.hbmMask, sizeof bm, &bm);
         const long iw = bm.bmWidth, ih = info.hbmColor ? bm.bmHeight : bm.bmHeight / 2;
-        if (info.hbmMask) DeleteObject(info.hbmMask);
-        if (info.hbmColor) DeleteObject(info.hbmColor);
         if (w == 0) w = iw;
         if (h == 0) h = ih;
     }

@@ -38,7 +38,7 @@ long number(SAFEARRAY* a, VARTYPE vt, LONG index) {
 std::vector<POINT> pointList(const VARIANT* v, size_t minimum) {
     while (v && V_VT(v) == (VT_BYREF | VT_VARIANT)) v = V_VARIANTREF(v);
     if (!v || !(V_VT(v) & VT_ARRAY)) raise(kInvalidArgument);
-    SAFEARRAY* a = (V_VT(v) & VT_BYREF) ? (V_ARRAYREF(v) ? *V_ARRAYREF(v) : nullptr) : V_ARRAY(v);
+    SAFEARRAY* a = arrayIn(*v);
     if (!a || SafeArrayGetDim(a) != 1) raise(kInvalidArgument);
     const VARTYPE vt = V_VT(v) & VT_TYPEMASK;
     LONG lo = 0, hi = -1;

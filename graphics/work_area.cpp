@@ -88,7 +88,13 @@ struct Banding {
 
 }  // namespace
 
-bool editBands(HDC dc, const RECT& area, const std::function<void(const gradients::Pixels32&)>& edit) {
+namespace {
+
+// The area's visible part, band by band through one surface: each band read
+// from dc first when `read`, changed by `change`, written back. Bands of
+// `rowsAlike` areas are alike: the first is made once and written again.
+bool bands(HDC dc, const RECT& area, bool read, bool rowsAlike,
+           const std::function<void(const gradients::Pixels32&)>& change) {
     if (!dc) return false;
     Banding b(dc, area);
     if (!b.any) return true;
@@ -97,31 +103,25 @@ bool editBands(HDC dc, const RECT& area, const std::function<void(const gradient
     const int x = b.visible.left, y = b.visible.top;
     for (int top = 0; top < b.height; top += b.rows) {
         const int n = std::min(b.rows, b.height - top);
-        if (!BitBlt(s.dc(), 0, 0, b.width, n, dc, x, y + top, SRCCOPY)) return false;
-        GdiFlush();
-        edit(b.band(s, area, top, n));
+        if (read && !BitBlt(s.dc(), 0, 0, b.width, n, dc, x, y + top, SRCCOPY)) return false;
+        if (top == 0 || !rowsAlike) {
+            GdiFlush();
+            change(b.band(s, area, top, rowsAlike ? b.rows : n));
+        }
         if (!BitBlt(dc, x, y + top, b.width, n, s.dc(), 0, 0, SRCCOPY)) return false;
     }
     return true;
 }
 
+}  // namespace
+
+bool editBands(HDC dc, const RECT& area, const std::function<void(const gradients::Pixels32&)>& edit) {
+    return bands(dc, area, true, false, edit);
+}
+
 bool writeBands(HDC dc, const RECT& area, const std::function<void(const gradients::Pixels32&)>& fill,
                 bool rowsAlike) {
-    if (!dc) return false;
-    Banding b(dc, area);
-    if (!b.any) return true;
-    Surface32 s(b.width, b.rows);
-    if (!s.ok()) return false;
-    const int x = b.visible.left, y = b.visible.top;
-    for (int top = 0; top < b.height; top += b.rows) {
-        const int n = std::min(b.rows, b.height - top);
-        if (top == 0 || !rowsAlike) {
-            GdiFlush();
-            fill(b.band(s, area, top, rowsAlike ? b.rows : n));
-        }
-        if (!BitBlt(dc, x, y + top, b.width, n, s.dc(), 0, 0, SRCCOPY)) return false;
-    }
-    return true;
+    return bands(dc, area, false, rowsAlike, fill);
 }
 
 bool writeSurface(HDC dc, int x, int y, const Surface32& surface) {

@@ -52,15 +52,7 @@ STDMETHODIMP APIMethods::GetTextHeight2(LONG hDC, BSTR Text, LONG* pRet) {
 STDMETHODIMP APIMethods::GetFontNames(VARIANT_BOOL FixedPitchOnly, LONG Charset, VARIANT* pRet) {
     return api([&] {
         VariantInit(required(pRet));
-        std::vector<std::wstring> names = fonts::familyNames(fromVB(FixedPitchOnly), Charset);
-        SafeArray list(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(names.size())));
-        if (!list.get()) raise(kOutOfMemory);
-        for (LONG i = 0; i < static_cast<LONG>(names.size()); ++i) {
-            Variant v(names[static_cast<size_t>(i)].c_str());
-            if (FAILED(SafeArrayPutElement(list.get(), &i, &v))) raise(kOutOfMemory);
-        }
-        V_VT(pRet) = VT_ARRAY | VT_VARIANT;
-        V_ARRAY(pRet) = list.detach();
+        toVariantArray(fonts::familyNames(fromVB(FixedPitchOnly), Charset), pRet);
     });
 }
 STDMETHODIMP APIMethods::FontExists(BSTR FontName, VARIANT_BOOL* pRet) {

@@ -14,18 +14,6 @@ using apiValues::text;
 
 namespace {
 
-// A list as a zero-based Variant array of strings.
-void answer(VARIANT* out, const std::vector<std::wstring>& items) {
-    SafeArray list(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(items.size())));
-    if (!list.get()) raise(kOutOfMemory);
-    for (LONG i = 0; i < static_cast<LONG>(items.size()); ++i) {
-        Variant v(items[i].c_str());
-        if (FAILED(SafeArrayPutElement(list.get(), &i, &v))) raise(kOutOfMemory);
-    }
-    V_VT(out) = VT_ARRAY | VT_VARIANT;
-    V_ARRAY(out) = list.detach();
-}
-
 processes::WaitOptions waiting(LONG timeout, VARIANT_BOOL pump) { return {timeout, fromVB(pump)}; }
 
 // A file dialog member: its options, the dialog, FilterIndex back on OK.
@@ -159,7 +147,7 @@ STDMETHODIMP APIMethods::GetOpenFileNames(BSTR Filter, BSTR InitialFolder, BSTR 
         VariantInit(required(pRet));
         const auto paths = fileDialog(dialogs::FileDialog::openMany, Filter, InitialFolder, Title, hWndOwner,
                                       FileName, DefaultExtension, Flags, FilterIndex);
-        if (!paths.empty()) answer(pRet, paths);   // Empty on Cancel
+        if (!paths.empty()) toVariantArray(paths, pRet);   // Empty on Cancel
     });
 }
 STDMETHODIMP APIMethods::GetSaveFileName(BSTR Filter, BSTR InitialFolder, BSTR Title, LONG hWndOwner, BSTR FileName,

@@ -1,6 +1,8 @@
 #include "common_dialogs.h"
 
+#include "fonts_text.h"
 #include "last_error.h"
+#include "window_placement.h"
 #include "screen_colours.h"
 #include "../frame/errors.h"
 #include "../frame/values.h"
@@ -20,12 +22,6 @@ namespace {
 
 // Paths and selections up to the longest path the system takes.
 constexpr DWORD kPathBuffer = 32768;
-
-bool ownerOk(HWND owner) {
-    if (!owner || IsWindow(owner)) return true;
-    lastError::set(ERROR_INVALID_WINDOW_HANDLE);
-    return false;
-}
 
 // Cancel leaves 0, which the member has already set.
 void dialogFailed() { lastError::set(CommDlgExtendedError()); }
@@ -51,7 +47,7 @@ bool runFileDialog(FileOptions& o, bool save, bool multiple, std::vector<wchar_t
     const std::wstring filters = filterList(o.filter);
     std::wstring extension = o.defaultExtension;
     if (!extension.empty() && extension[0] == L'.') extension.erase(0, 1);
-    if (!ownerOk(o.owner)) return false;
+    if (!placement::isWindowOrNone(o.owner)) return false;
     buffer.assign(kPathBuffer, L'\0');
     std::copy_n(o.fileName.begin(), std::min<size_t>(o.fileName.size(), kPathBuffer - 1), buffer.begin());
 
@@ -133,9 +129,7 @@ LOGFONTW logFontOf(IFont* font) {
     font->get_Underline(&underline);
     font->get_Strikethrough(&strike);
     if (name.get()) lstrcpynW(lf.lfFaceName, name.get(), LF_FACESIZE);
-    HDC screen = GetDC(nullptr);
-    const int dpi = screen ? GetDeviceCaps(screen, LOGPIXELSY) : 96;
-    if (screen) ReleaseDC(nullptr, screen);
+    const long dpi = fonts::screenDpi();
     lf.lfHeight = -static_cast<LONG>(std::lround(static_cast<double>(size.int64) / 10000.0 * dpi / 72.0));
     lf.lfWeight = weight;
     lf.lfCharSet = static_cast<BYTE>(charset);
@@ -163,7 +157,7 @@ std::vector<std::wstring> fileDialog(FileOptions& options, FileDialog kind) {
 
 std::wstring browseForFolder(const std::wstring& title, const std::wstring& initialFolder, HWND owner, long flags,
                              const std::wstring& caption) {
-    if (!ownerOk(owner)) return {};
+    if (!placement::isWindowOrNone(owner)) return {};
     Apartment com;
     BrowseStart start{initialFolder, caption};
     wchar_t display[MAX_PATH] = {};
@@ -189,7 +183,7 @@ long chooseColor(long initial, HWND owner, bool fullOpen) {
     CHOOSECOLORW cc{};
     cc.lStructSize = sizeof cc;
     cc.rgbResult = static_cast<COLORREF>(rgbOf(initial));
-    if (!ownerOk(owner)) return -1;
+    if (!placement::isWindowOrNone(owner)) return -1;
     COLORREF custom[16];
     {
         std::lock_guard<std::mutex> hold(customLock);
@@ -215,7 +209,7 @@ bool chooseFont(IFont* font, HWND owner, long* color) {
     CHOOSEFONTW cf{};
     cf.lStructSize = sizeof cf;
     cf.rgbColors = color ? static_cast<COLORREF>(rgbOf(*color)) : 0;
-    if (!ownerOk(owner)) return false;
+    if (!placement::isWindowOrNone(owner)) return false;
     cf.hwndOwner = owner;
     cf.lpLogFont = &lf;
     cf.Flags = CF_SCREENFONTS | CF_INITTOLOGFONTSTRUCT | CF_EFFECTS;

@@ -21,9 +21,11 @@ bool nonClientMetrics(NONCLIENTMETRICSW& m) {
     return SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, m.cbSize, &m, 0) != 0;
 }
 
-long screenDpi() {
-    WindowDc screen(nullptr);
-    return screen.get() ? GetDeviceCaps(screen.get(), LOGPIXELSY) : 96;
+ComPtr<IFontDisp> newFont(FONTDESC& fd) {
+    ComPtr<IFontDisp> out;
+    const HRESULT hr = OleCreateFontIndirect(&fd, IID_IFontDisp, out.putVoid());
+    if (FAILED(hr)) lastError::set(hr);
+    return out;
 }
 
 ComPtr<IFontDisp> fromLogFont(const LOGFONTW& lf) {
@@ -40,10 +42,7 @@ ComPtr<IFontDisp> fromLogFont(const LOGFONTW& lf) {
     fd.fItalic = lf.lfItalic != 0;
     fd.fUnderline = lf.lfUnderline != 0;
     fd.fStrikethrough = lf.lfStrikeOut != 0;
-    ComPtr<IFontDisp> out;
-    const HRESULT hr = OleCreateFontIndirect(&fd, IID_IFontDisp, out.putVoid());
-    if (FAILED(hr)) lastError::set(hr);
-    return out;
+    return newFont(fd);
 }
 
 int CALLBACK addFamily(const LOGFONTW* lf, const TEXTMETRICW*, DWORD, LPARAM p) {
@@ -57,6 +56,11 @@ int CALLBACK addFamily(const LOGFONTW* lf, const TEXTMETRICW*, DWORD, LPARAM p) 
 bool lessIgnoringCase(const std::wstring& a, const std::wstring& b) { return lstrcmpiW(a.c_str(), b.c_str()) < 0; }
 
 }  // namespace
+
+long screenDpi() {
+    WindowDc screen(nullptr);
+    return screen.get() ? GetDeviceCaps(screen.get(), LOGPIXELSY) : 96;
+}
 
 long measure(HDC dc, const std::wstring& text, bool height) {
     if (!dc) return lastError::set(ERROR_INVALID_HANDLE), 0;
@@ -131,27 +135,16 @@ ComPtr<IFontDisp> create(const std::wstring& face, double points, bool bold, boo
                          bool strikethrough) {
     if (!(points > 0 && points < 16384) || face.empty() || face.size() >= LF_FACESIZE)
         return lastError::set(ERROR_INVALID_PARAMETER), ComPtr<IFontDisp>();
-    LOGFONTW lf = {};
-    lf.lfHeight = -1;   // replaced below: the size is given in points
-    lf.lfWeight = bold ? FW_BOLD : FW_NORMAL;
-    lf.lfItalic = italic;
-    lf.lfUnderline = underline;
-    lf.lfStrikeOut = strikethrough;
-    lf.lfCharSet = DEFAULT_CHARSET;
-    lstrcpynW(lf.lfFaceName, face.c_str(), LF_FACESIZE);
     FONTDESC fd = {};
     fd.cbSizeofstruct = sizeof fd;
-    fd.lpstrName = lf.lfFaceName;
+    fd.lpstrName = const_cast<LPOLESTR>(face.c_str());
     fd.cySize.int64 = static_cast<LONGLONG>(std::llround(points * 10000.0));
-    fd.sWeight = static_cast<SHORT>(lf.lfWeight);
+    fd.sWeight = bold ? FW_BOLD : FW_NORMAL;
     fd.sCharset = DEFAULT_CHARSET;
     fd.fItalic = italic;
     fd.fUnderline = underline;
     fd.fStrikethrough = strikethrough;
-    ComPtr<IFontDisp> out;
-    const HRESULT hr = OleCreateFontIndirect(&fd, IID_IFontDisp, out.putVoid());
-    if (FAILED(hr)) lastError::set(hr);
-    return out;
+    return newFont(fd);
 }
 
 ComPtr<IFontDisp> fromHandle(HFONT font) {

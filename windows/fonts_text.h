@@ -13,6 +13,9 @@
 
 namespace tova::fonts {
 
+// Pixels per logical inch of the screen's height; 96 without a screen.
+long screenDpi();
+
 // Width of the widest line, or height of all lines, of `text` in `font` (the
 // system's message font for none); 0 for "".
 long measure(const std::wstring& text, IFont* font, bool height);

@@ -14,8 +14,6 @@ namespace {
 void requireKey(long virtualKey) {
     if (virtualKey < 1 || virtualKey > 254) raise(kInvalidArgument);
 }
-// 0 means the screen; any other handle must name a window (else 1400).
-bool isWindowOrNone(HWND wnd) { return !wnd || placement::isWindow(wnd); }
 }  // namespace
 
 bool isKeyDown(long virtualKey) {
@@ -49,7 +47,7 @@ long shiftState() {
 }
 
 bool cursorPosition(HWND wnd, POINT& out) {
-    if (!isWindowOrNone(wnd)) return false;
+    if (!placement::isWindowOrNone(wnd)) return false;
     POINT p;
     if (!GetCursorPos(&p)) return lastError::failed();
     if (wnd && !ScreenToClient(wnd, &p)) return lastError::failed();
@@ -58,7 +56,7 @@ bool cursorPosition(HWND wnd, POINT& out) {
 }
 
 bool setCursorPosition(HWND wnd, POINT at) {
-    if (!isWindowOrNone(wnd)) return false;
+    if (!placement::isWindowOrNone(wnd)) return false;
     if (wnd && !ClientToScreen(wnd, &at)) return lastError::failed();
     return SetCursorPos(at.x, at.y) ? true : lastError::failed();
 }
@@ -94,7 +92,7 @@ public:
                 return;
             }
             error_ = GetLastError();
-            Sleep(10);
+            if (attempt < 25) Sleep(10);
         }
     }
     Opened(const Opened&) = delete;
@@ -116,6 +114,20 @@ struct GlobalMemory {
     ~GlobalMemory() { if (h) GlobalFree(h); }
 };
 
+// A movable block locked while in scope; get() is null when it would not lock.
+class Locked {
+public:
+    explicit Locked(HGLOBAL h) : h_(h), p_(GlobalLock(h)) {}
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+    ~Locked() { if (p_) GlobalUnlock(h_); }
+    void* get() const { return p_; }
+
+private:
+    HGLOBAL h_;
+    void* p_;
+};
+
 }  // namespace
 
 std::wstring text() {
@@ -123,24 +135,24 @@ std::wstring text() {
     if (!clip.ok()) return {};
     HANDLE data = GetClipboardData(CF_UNICODETEXT);
     if (!data) return lastError::set(0), std::wstring();   // no text is no failure
-    const wchar_t* p = static_cast<const wchar_t*>(GlobalLock(data));
+    Locked locked(data);
+    const wchar_t* p = static_cast<const wchar_t*>(locked.get());
     if (!p) return lastError::failed(), std::wstring();
     const size_t capacity = GlobalSize(data) / sizeof(wchar_t);
     size_t n = 0;
     while (n < capacity && p[n]) ++n;
-    std::wstring s(p, n);
-    GlobalUnlock(data);
-    return s;
+    return std::wstring(p, n);
 }
 
 bool setText(const std::wstring& text) {
     GlobalMemory memory;
     memory.h = GlobalAlloc(GMEM_MOVEABLE, (text.size() + 1) * sizeof(wchar_t));
     if (!memory.h) return lastError::failed(ERROR_NOT_ENOUGH_MEMORY);
-    void* p = GlobalLock(memory.h);
-    if (!p) return lastError::failed();
-    std::memcpy(p, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
-    GlobalUnlock(memory.h);
+    {
+        Locked locked(memory.h);
+        if (!locked.get()) return lastError::failed();
+        std::memcpy(locked.get(), text.c_str(), (text.size() + 1) * sizeof(wchar_t));
+    }
     Owner owner;
     Opened clip(owner.get());
     if (!clip.ok()) return false;

@@ -73,25 +73,31 @@ STDMETHODIMP MiscMethods::WaitWithEvents(LONG Interval, VARIANT_BOOL* pRet) {
 
 // ----------------------------------------------------------- value helpers
 
-STDMETHODIMP MiscMethods::IIf(VARIANT Condition, VARIANT TrueValue, VARIANT FalseValue, VARIANT* pRet) {
+namespace {
+
+// A Variant result made aside: a member that fails halfway hands back nothing.
+template <class Make>
+HRESULT variantResult(VARIANT* pRet, Make&& make) {
     return guard([&] {
         VariantInit(required(pRet));
-        values::iif(Condition, TrueValue, FalseValue, pRet);
+        Variant r;
+        make(&r);
+        r.detachTo(pRet);
     });
+}
+
+}  // namespace
+
+STDMETHODIMP MiscMethods::IIf(VARIANT Condition, VARIANT TrueValue, VARIANT FalseValue, VARIANT* pRet) {
+    return variantResult(pRet, [&](VARIANT* r) { values::iif(Condition, TrueValue, FalseValue, r); });
 }
 
 STDMETHODIMP MiscMethods::NullToValue(VARIANT Value, VARIANT ValueIfNull, VARIANT* pRet) {
-    return guard([&] {
-        VariantInit(required(pRet));
-        values::nullToValue(Value, &ValueIfNull, pRet);
-    });
+    return variantResult(pRet, [&](VARIANT* r) { values::nullToValue(Value, &ValueIfNull, r); });
 }
 
 STDMETHODIMP MiscMethods::SafeDivide(VARIANT Numerator, VARIANT Denominator, VARIANT ValueIfZero, VARIANT* pRet) {
-    return guard([&] {
-        VariantInit(required(pRet));
-        values::safeDivide(Numerator, Denominator, &ValueIfZero, pRet);
-    });
+    return variantResult(pRet, [&](VARIANT* r) { values::safeDivide(Numerator, Denominator, &ValueIfZero, r); });
 }
 
 STDMETHODIMP MiscMethods::Clamp(DOUBLE Value, DOUBLE Minimum, DOUBLE Maximum, DOUBLE* pRet) {
@@ -99,24 +105,15 @@ STDMETHODIMP MiscMethods::Clamp(DOUBLE Value, DOUBLE Minimum, DOUBLE Maximum, DO
 }
 
 STDMETHODIMP MiscMethods::MinOf(VARIANT Values, VARIANT* pRet) {
-    return guard([&] {
-        VariantInit(required(pRet));
-        values::extreme(Values, false, pRet);
-    });
+    return variantResult(pRet, [&](VARIANT* r) { values::extreme(Values, false, r); });
 }
 
 STDMETHODIMP MiscMethods::MaxOf(VARIANT Values, VARIANT* pRet) {
-    return guard([&] {
-        VariantInit(required(pRet));
-        values::extreme(Values, true, pRet);
-    });
+    return variantResult(pRet, [&](VARIANT* r) { values::extreme(Values, true, r); });
 }
 
 STDMETHODIMP MiscMethods::RoundNumber(VARIANT Value, LONG Decimals, RoundingModeConstants Mode, VARIANT* pRet) {
-    return guard([&] {
-        VariantInit(required(pRet));
-        values::roundNumber(Value, Decimals, Mode, pRet);
-    });
+    return variantResult(pRet, [&](VARIANT* r) { values::roundNumber(Value, Decimals, Mode, r); });
 }
 
 STDMETHODIMP MiscMethods::Modulo(DOUBLE Dividend, DOUBLE Divisor, DOUBLE* pRet) {

@@ -3,6 +3,7 @@
 #include "last_error.h"
 #include "window_placement.h"
 #include "../frame/errors.h"
+#include "../frame/values.h"
 
 #include <ole2.h>
 #include <olectl.h>
@@ -33,19 +34,15 @@ bool monitorRect(HWND wnd, RECT& out) {
 
 long dpi(bool vertical, HDC dc) {
     if (dc) return GetDeviceCaps(dc, vertical ? LOGPIXELSY : LOGPIXELSX);
-    HDC screen = GetDC(nullptr);
-    if (!screen) return lastError::failed(), 0;
-    const long v = GetDeviceCaps(screen, vertical ? LOGPIXELSY : LOGPIXELSX);
-    ReleaseDC(nullptr, screen);
-    return v;
+    WindowDc screen(nullptr);
+    if (!screen.get()) return lastError::failed(), 0;
+    return GetDeviceCaps(screen.get(), vertical ? LOGPIXELSY : LOGPIXELSX);
 }
 
 long colorDepth() {
-    HDC screen = GetDC(nullptr);
-    if (!screen) return lastError::failed(), 0;
-    const long v = GetDeviceCaps(screen, BITSPIXEL) * GetDeviceCaps(screen, PLANES);
-    ReleaseDC(nullptr, screen);
-    return v;
+    WindowDc screen(nullptr);
+    if (!screen.get()) return lastError::failed(), 0;
+    return GetDeviceCaps(screen.get(), BITSPIXEL) * GetDeviceCaps(screen.get(), PLANES);
 }
 
 long pointsToPixels(double points, bool vertical, HDC dc) {

@@ -1,6 +1,7 @@
 #include "shell_open.h"
 
 #include "last_error.h"
+#include "window_placement.h"
 
 #include <shellapi.h>
 #include <shlwapi.h>
@@ -10,13 +11,6 @@ namespace tova::shell {
 namespace {
 
 const wchar_t* orNull(const std::wstring& s) { return s.empty() ? nullptr : s.c_str(); }
-
-// An owner that is no window is a stale handle, not a reason to open ownerless.
-bool ownerOk(HWND owner) {
-    if (!owner || IsWindow(owner)) return true;
-    lastError::set(ERROR_INVALID_WINDOW_HANDLE);
-    return false;
-}
 
 // The Win32 code for a shell result of 32 or less.
 DWORD shellErrorCode(INT_PTR result) {
@@ -45,7 +39,8 @@ bool execute(const Open& what) {
         lastError::set(ERROR_INVALID_PARAMETER);
         return false;
     }
-    if (!ownerOk(what.owner)) return false;
+    // An owner that is no window is a stale handle, not a reason to open ownerless.
+    if (!placement::isWindowOrNone(what.owner)) return false;
     SHELLEXECUTEINFOW info{};
     info.cbSize = sizeof info;
     // No message boxes of the shell's own: the caller gets the code instead.

@@ -117,13 +117,13 @@ bool trueVersion(TrueVersion& out) {
     out.major = static_cast<long>(v.dwMajorVersion);
     out.minor = static_cast<long>(v.dwMinorVersion);
     out.build = static_cast<long>(v.dwBuildNumber & 0xFFFF);
-    out.servicePack = v.szCSDVersion;
+    out.csd = v.szCSDVersion;
     return true;
 }
 
 std::wstring versionString(const TrueVersion& v) {
     std::wstring s = std::to_wstring(v.major) + L"." + std::to_wstring(v.minor) + L"." + std::to_wstring(v.build);
-    if (!v.servicePack.empty()) s += L" " + v.servicePack;
+    if (!v.csd.empty()) s += L" " + v.csd;
     return s;
 }
 

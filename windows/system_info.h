@@ -3,6 +3,8 @@
 // backslash except roots; "" is the soft failure, with LastDllError set.
 #pragma once
 
+#include "system_version.h"
+
 #include <windows.h>
 
 #include <string>
@@ -20,10 +22,7 @@ std::wstring hostPath();
 
 // The version the system really has, not the one a program without a
 // manifest (or with a compatibility setting) is told.
-struct TrueVersion {
-    long platform = -1, major = 0, minor = 0, build = 0;
-    std::wstring servicePack;
-};
+using TrueVersion = version::Info;
 bool trueVersion(TrueVersion& out);
 std::wstring versionString(const TrueVersion& v);
 bool atLeast(const TrueVersion& v, long major, long minor, long build);

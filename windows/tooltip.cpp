@@ -44,13 +44,11 @@ Tooltip::Tooltip() : face_(this), control_(&face_, static_cast<_Tooltip*>(this),
 // ------------------------------------------------------------------ events
 
 void Tooltip::requireTipText(HWND wnd, std::wstring& text) {
-    Bstr s(text);
-    BSTR b = s.detach();
+    Bstr s(text);   // a handler may replace it: what it holds last is freed, even on failure
     EventArgs args;
-    args.val(fromHandle(wnd)).ref(b);
+    args.val(fromHandle(wnd)).ref(s.ref());
     raiseEvent(kRequireTipText, args);
-    text = str(b);
-    SysFreeString(b);
+    text = s.str();
 }
 
 void Tooltip::beforeShow(long& duration) {

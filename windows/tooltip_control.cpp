@@ -150,7 +150,7 @@ bool Controller::removeTool(long id) {
     Tool* t = find(id);
     if (!t) return false;
     const HWND wnd = t->wnd;
-    if (shown_ && shown_->tool == id) hideNow(false);
+    if (shown_ && shown_->tool == id) hideNow();
     if (pendingTool_ == id) cancelPending();
     if (quiet_ == id) quiet_ = 0;
     tools_.erase(std::remove_if(tools_.begin(), tools_.end(), [&](const Tool& x) { return x.id == id; }), tools_.end());
@@ -204,7 +204,7 @@ void Controller::windowProc(HWND wnd, UINT message, WPARAM, LPARAM lParam) {
         onDestroy(wnd);
         break;
     default:   // a button or the wheel
-        onButton();
+        hideTip();
         break;
     }
 }
@@ -245,7 +245,7 @@ void Controller::onMove(HWND wnd, POINT p) {
                                    std::begin(before.shape.stemPoints),
                                    [](POINT a, POINT b) { return a.x == b.x && a.y == b.y; }) &&
                         now.side == before.side)
-                        popup_.moveTo(now.topLeft);
+                        popup_.moveTo(now.topLeft, *shown_->surface);
                     else
                         frame(1.0);
                 }
@@ -254,7 +254,7 @@ void Controller::onMove(HWND wnd, POINT p) {
             }
             return;
         }
-        hideNow(false);
+        hideNow();
         if (hit && settings.showMode != kShowOnDemand) startPending(wnd, hit, settings.delay / 5);
         return;
     }
@@ -266,17 +266,10 @@ void Controller::onMove(HWND wnd, POINT p) {
 void Controller::onLeave(HWND wnd) {
     erase(leaveRequested_, wnd);
     if (pendingWnd_ == wnd) cancelPending();
-    if (shown_ && shown_->wnd == wnd && shown_->kind != Kind::Demand) hideNow(false);
+    if (shown_ && shown_->wnd == wnd && shown_->kind != Kind::Demand) hideNow();
     if (const Tool* q = find(quiet_)) {
         if (q->wnd == wnd) quiet_ = 0;
     }
-}
-
-void Controller::onButton() {
-    const long tool = shown_ && shown_->kind != Kind::Demand ? shown_->tool : pendingTool_;
-    cancelPending();
-    hideNow(false);
-    if (tool) quiet_ = tool;
 }
 
 void Controller::onDestroy(HWND wnd) {
@@ -300,7 +293,7 @@ void Controller::popupTimer(UINT_PTR id) {
         popup_.killTimer(kDurationTimer);
         if (shown_) {
             const long tool = shown_->kind == Kind::Demand ? 0 : shown_->tool;
-            hideNow(false);
+            hideNow();
             if (tool) quiet_ = tool;
         }
         break;
@@ -409,7 +402,7 @@ bool Controller::lay(Shown& s) {
 }
 
 bool Controller::showNow(Kind kind, long tool, HWND wnd, const Anchor& anchor) {
-    hideNow(false);
+    hideNow();
     const unsigned showing = ++generation_;
     if (!settings.enabled || !popup_.create()) return false;
     auto s = std::make_unique<Shown>();
@@ -439,7 +432,6 @@ bool Controller::showNow(Kind kind, long tool, HWND wnd, const Anchor& anchor) {
     s->duration = std::max(0L, duration);
     if (s->animation == kAnimateNone) s->duration = 0;
     s->start = GetTickCount();
-    s->appeared = true;
     shown_ = std::move(s);
     if (shown_->kind != Kind::Track) startDuration();
     if (shown_->duration == 0) {
@@ -490,23 +482,20 @@ void Controller::startDuration() {
     else popup_.killTimer(kDurationTimer);
 }
 
-void Controller::hideNow(bool quiet) {
+void Controller::hideNow() {
     ++generation_;
     popup_.killTimer(kFrameTimer);
     popup_.killTimer(kDurationTimer);
     if (!shown_) return;
-    const long tool = shown_->tool;
-    const bool appeared = shown_->appeared;
     popup_.hide();
     shown_.reset();
-    if (quiet && tool) quiet_ = tool;
-    if (appeared && events_) events_->hide();
+    if (events_) events_->hide();
 }
 
 void Controller::hideTip() {
     const long tool = currentTool();
     cancelPending();
-    hideNow(false);
+    hideNow();
     if (tool) quiet_ = tool;
 }
 
@@ -514,7 +503,7 @@ void Controller::setEnabled(bool enabled) {
     settings.enabled = enabled;
     if (!enabled) {
         cancelPending();
-        hideNow(false);
+        hideNow();
     }
 }
 

@@ -60,7 +60,7 @@ public:
     bool showAt(POINT screen, HWND wnd);
     void hideTip();
     void setEnabled(bool enabled);
-    bool visible() const { return shown_ && shown_->appeared; }
+    bool visible() const { return shown_ != nullptr; }
     HWND popupWindow() const { return popup_.hwnd(); }
     long currentTool() const;
 
@@ -91,7 +91,6 @@ private:
         long animation = kAnimateNone;
         long duration = 0;
         DWORD start = 0;
-        bool appeared = false;
     };
 
     void popupTimer(UINT_PTR id) override;
@@ -108,7 +107,6 @@ private:
 
     void onMove(HWND wnd, POINT p);
     void onLeave(HWND wnd);
-    void onButton();
     void onDestroy(HWND wnd);
     void onDelay();
     void onFrame();
@@ -118,7 +116,7 @@ private:
     bool showNow(Kind kind, long tool, HWND wnd, const Anchor& anchor);
     bool lay(Shown& s);   // layout, placement and picture
     void frame(double p);
-    void hideNow(bool quiet);
+    void hideNow();
     void startDuration();
     void raiseHide();
     long effectiveAnimation() const;

@@ -60,7 +60,6 @@ bool Popup::create() {
 
 bool Popup::show(const Surface& surface, GdiObject<HRGN> shape, POINT topLeft, RECT part, BYTE alpha) {
     if (!wnd_) return false;
-    topLeft_ = topLeft;
     partOffset_ = POINT{part.left, part.top};
     POINT at{topLeft.x + part.left, topLeft.y + part.top};
     SIZE size{part.right - part.left, part.bottom - part.top};
@@ -93,9 +92,9 @@ bool Popup::showPlain(GdiObject<HRGN> shape, POINT at, SIZE size) {
     return true;
 }
 
-void Popup::moveTo(POINT topLeft) {
+void Popup::moveTo(POINT topLeft, const Surface& surface) {
     if (!wnd_ || !visible_) return;
-    topLeft_ = topLeft;
+    surface_ = &surface;
     SetWindowPos(wnd_, nullptr, topLeft.x + partOffset_.x, topLeft.y + partOffset_.y, 0, 0,
                  SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }

@@ -31,7 +31,8 @@ public:
     // Shows the part `part` of the surface (whose top-left is at `topLeft` on
     // the screen), at constant alpha `alpha`. The surface must live until hide().
     bool show(const Surface& surface, GdiObject<HRGN> shape, POINT topLeft, RECT part, BYTE alpha);
-    void moveTo(POINT topLeft);
+    // Moves the tip, now drawn on `surface` (the same picture, drawn again).
+    void moveTo(POINT topLeft, const Surface& surface);
     void hide();
 
     void setTimer(UINT_PTR id, UINT ms);
@@ -50,7 +51,7 @@ private:
     bool layered_ = false;
     bool visible_ = false;
     const Surface* surface_ = nullptr;   // the picture WM_PAINT shows (plain popup)
-    POINT topLeft_{}, partOffset_{};
+    POINT partOffset_{};
 };
 
 }  // namespace tova::tip

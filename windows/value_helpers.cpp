@@ -164,7 +164,7 @@ void extreme(const VARIANT& values, bool largest, VARIANT* out) {
     if (!(V_VT(&v) & VT_ARRAY)) {
         consider(v);
     } else {
-        SAFEARRAY* a = (V_VT(&v) & VT_BYREF) ? *V_ARRAYREF(&v) : V_ARRAY(&v);
+        SAFEARRAY* a = arrayIn(v);
         const VARTYPE t = V_VT(&v) & VT_TYPEMASK;
         if (a && a->cDims > 0) {
             size_t count = 1;
@@ -235,8 +235,7 @@ void roundNumber(const VARIANT& value, long decimals, long mode, VARIANT* out) {
 
 long arrayCount(const VARIANT& values, long dimension) {
     const VARIANT& v = deref(values);
-    if (!(V_VT(&v) & VT_ARRAY)) return 0;
-    SAFEARRAY* a = (V_VT(&v) & VT_BYREF) ? *V_ARRAYREF(&v) : V_ARRAY(&v);
+    SAFEARRAY* a = arrayIn(v);
     if (!a || dimension < 1 || dimension > static_cast<long>(SafeArrayGetDim(a))) return 0;
     LONG lo = 0, hi = -1;
     if (FAILED(SafeArrayGetLBound(a, static_cast<UINT>(dimension), &lo)) ||

@@ -162,7 +162,7 @@ long showState(HWND wnd) {
 }
 
 bool setShowState(HWND wnd, long showCmd) {
-    if (showCmd < 0 || showCmd > 11) raise(kInvalidArgument);
+    if (showCmd < SW_HIDE || showCmd > SW_FORCEMINIMIZE) raise(kInvalidArgument);
     if (!isWindow(wnd)) return false;
     // Another thread's window might hang: ask it without waiting.
     if (GetWindowThreadProcessId(wnd, nullptr) != GetCurrentThreadId()) return done(ShowWindowAsync(wnd, showCmd));

@@ -10,6 +10,8 @@ namespace tova::placement {
 
 // False (1400) for a handle that is no window.
 bool isWindow(HWND wnd);
+// The same, allowing none: an owner given as 0.
+inline bool isWindowOrNone(HWND wnd) { return !wnd || isWindow(wnd); }
 
 bool windowRect(HWND wnd, bool relativeToParent, RECT& out);
 bool clientRect(HWND wnd, bool onScreen, RECT& out);

@@ -1,6 +1,7 @@
 #include "words_guids.h"
 
 #include "../frame/errors.h"
+#include "../frame/values.h"
 
 #include <cmath>
 #include <cstring>
@@ -82,9 +83,8 @@ bool parse(const std::wstring& text, GUID& out) {
 
 bool fromBytes(const VARIANT& bytes, GUID& out) {
     const VARIANT* v = &bytes;
-    while (V_VT(v) == (VT_BYREF | VT_VARIANT)) v = V_VARIANTREF(v);
-    if (!(V_VT(v) & VT_ARRAY)) return false;
-    SAFEARRAY* a = (V_VT(v) & VT_BYREF) ? *V_ARRAYREF(v) : V_ARRAY(v);
+    while (V_VT(v) == (VT_BYREF | VT_VARIANT) && V_VARIANTREF(v)) v = V_VARIANTREF(v);
+    SAFEARRAY* a = arrayIn(*v);
     LONG lo = 0, hi = -1;
     if (!a || SafeArrayGetDim(a) != 1 || FAILED(SafeArrayGetLBound(a, 1, &lo)) || FAILED(SafeArrayGetUBound(a, 1, &hi)) ||
         hi - lo != 15)
@@ -98,15 +98,11 @@ bool fromBytes(const VARIANT& bytes, GUID& out) {
             continue;
         }
         if (vt != VT_VARIANT) return false;
-        VARIANT e, n;
-        VariantInit(&e);
-        VariantInit(&n);
-        bool ok = SUCCEEDED(SafeArrayGetElement(a, &index, &e)) && SUCCEEDED(VariantChangeType(&n, &e, 0, VT_I4)) &&
-                  V_I4(&n) >= 0 && V_I4(&n) <= 255;
-        if (ok) b[i] = static_cast<unsigned char>(V_I4(&n));
-        VariantClear(&e);
-        VariantClear(&n);
-        if (!ok) return false;
+        Variant e, n;
+        if (FAILED(SafeArrayGetElement(a, &index, &e)) || FAILED(VariantChangeType(&n, &e, 0, VT_I4)) || V_I4(&n) < 0 ||
+            V_I4(&n) > 255)
+            return false;
+        b[i] = static_cast<unsigned char>(V_I4(&n));
     }
     std::memcpy(&out, b, 16);
     return true;
