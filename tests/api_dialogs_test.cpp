@@ -142,13 +142,7 @@ TEST_F(ApiDialogs, OpenManyGivesFullPathsAndSaveAddsTheExtension) {
         expectModal(d);
     }
     ASSERT_EQ(VT_ARRAY | VT_VARIANT, V_VT(&list));
-    std::vector<std::wstring> paths;
-    for (LONG i = 0; i < static_cast<LONG>(V_ARRAY(&list)->rgsabound[0].cElements); ++i) {
-        Variant v;
-        SafeArrayGetElement(V_ARRAY(&list), &i, v.put());
-        paths.push_back(V_BSTR(&v));
-    }
-    EXPECT_EQ((std::vector<std::wstring>{first.str(), second.str()}), paths);
+    EXPECT_EQ((std::vector<std::wstring>{first.str(), second.str()}), strings(list));
     {
         Driver d(owner.hwnd(), IDCANCEL);
         a->GetOpenFileNames(kFilter.get(), Bstr(dir.root()).get(), nullptr, hOwner(), nullptr, nullptr,

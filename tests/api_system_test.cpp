@@ -352,15 +352,14 @@ TEST(ApiInput, KeysAndPointer) {
 
 // Another thread holds the clipboard open for `ms` while the test writes it.
 bool setWhileHeld(_APIMethods* a, DWORD ms) {
-    HANDLE opened = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    tova::ObjectHandle opened(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     std::thread holder([&] {
         const BOOL held = OpenClipboard(nullptr);
-        SetEvent(opened);
+        SetEvent(opened.get());
         Sleep(ms);
         if (held) CloseClipboard();
     });
-    WaitForSingleObject(opened, 5000);
-    CloseHandle(opened);
+    WaitForSingleObject(opened.get(), 5000);
     VARIANT_BOOL ok = VARIANT_FALSE;
     a->SetClipboardText(Bstr(L"held").get(), &ok);
     holder.join();
@@ -423,11 +422,10 @@ TEST(ApiEnvironment, VariablesSetReadListedExpandedAndInherited) {
     STARTUPINFOW si{sizeof si};
     PROCESS_INFORMATION pi{};
     ASSERT_TRUE(CreateProcessW(nullptr, cmd, nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &si, &pi));
+    const tova::ObjectHandle process(pi.hProcess), thread(pi.hThread);
     WaitForSingleObject(pi.hProcess, 30000);
     DWORD code = 0;
     GetExitCodeProcess(pi.hProcess, &code);
-    CloseHandle(pi.hProcess);
-    CloseHandle(pi.hThread);
     EXPECT_EQ(7u, code);
 
     a->SetEnvironmentVariable(Bstr(L"TOVA_X").get(), nullptr, &ok);

@@ -32,19 +32,6 @@ long deadWindow() {
     return h;
 }
 
-std::vector<long> windowsOf(const VARIANT& v) {
-    std::vector<long> out;
-    if (V_VT(&v) != (VT_ARRAY | VT_VARIANT)) return out;
-    LONG hi = -1;
-    SafeArrayGetUBound(V_ARRAY(&v), 1, &hi);
-    for (LONG i = 0; i <= hi; ++i) {
-        Variant e;
-        SafeArrayGetElement(V_ARRAY(&v), &i, &e);
-        out.push_back(V_I4(&e));
-    }
-    return out;
-}
-
 TEST(ApiWindowPlacement, RectanglesMovesAndSizes) {
     auto a = api();
     TestWindow top(10, 20, 300, 200);
@@ -230,18 +217,18 @@ TEST(ApiWindowIdentity, TextFamilyIdsStylesAndFinding) {
 
     Variant list;
     a->GetChildWindows(w.handle(), Bstr(L"").get(), VARIANT_TRUE, &list);
-    EXPECT_EQ(3u, windowsOf(list).size());
+    EXPECT_EQ(3u, arrayLongs(list).size());
     a->GetChildWindows(w.handle(), Bstr(L"").get(), VARIANT_FALSE, list.put());
-    EXPECT_EQ(2u, windowsOf(list).size());
+    EXPECT_EQ(2u, arrayLongs(list).size());
     a->GetChildWindows(w.handle(), Bstr(L"button").get(), VARIANT_TRUE, list.put());
-    EXPECT_EQ(std::vector<long>{second.handle()}, windowsOf(list));
+    EXPECT_EQ(std::vector<long>{second.handle()}, arrayLongs(list));
     a->GetChildWindows(grandchild.handle(), Bstr(L"").get(), VARIANT_TRUE, list.put());
     EXPECT_EQ(VT_ARRAY | VT_VARIANT, V_VT(&list));
-    EXPECT_TRUE(windowsOf(list).empty());
+    EXPECT_TRUE(arrayLongs(list).empty());
     a->GetChildWindows(deadWindow(), Bstr(L"").get(), VARIANT_TRUE, list.put());
     EXPECT_EQ(VT_EMPTY, V_VT(&list));
     a->GetTopLevelWindows(static_cast<LONG>(GetCurrentProcessId()), VARIANT_FALSE, list.put());
-    const std::vector<long> own = windowsOf(list);
+    const std::vector<long> own = arrayLongs(list);
     EXPECT_NE(own.end(), std::find(own.begin(), own.end(), w.handle()));
     for (long x : own) {
         DWORD pid = 0;
@@ -389,15 +376,8 @@ TEST(ApiFonts, NamesHandlesObjectsAndMeasures) {
     Variant names;
     a->GetFontNames(VARIANT_FALSE, 1, &names);
     ASSERT_EQ(VT_ARRAY | VT_VARIANT, V_VT(&names));
-    LONG hi = -1;
-    SafeArrayGetUBound(V_ARRAY(&names), 1, &hi);
-    ASSERT_GE(hi, 0);
-    std::vector<std::wstring> list;
-    for (LONG i = 0; i <= hi; ++i) {
-        Variant n;
-        SafeArrayGetElement(V_ARRAY(&names), &i, &n);
-        list.push_back(V_BSTR(&n));
-    }
+    const std::vector<std::wstring> list = strings(names);
+    ASSERT_FALSE(list.empty());
     for (size_t i = 1; i < list.size(); ++i) EXPECT_LT(lstrcmpiW(list[i - 1].c_str(), list[i].c_str()), 0) << "sorted, once";
     for (const std::wstring& n : list) EXPECT_NE(L'@', n[0]);
     VARIANT_BOOL ok = VARIANT_FALSE;

@@ -108,7 +108,7 @@ public:
     }
 };
 
-Strings strings(const VARIANT& v) {
+Strings stringArray(const VARIANT& v) {
     Strings out;
     if (V_VT(&v) != (VT_ARRAY | VT_BSTR)) return out;
     SAFEARRAY* sa = V_ARRAY(&v);
@@ -191,7 +191,7 @@ TEST_F(FileSearchTest, ThreeFoldersWithIndexRaiseEveryEventInOrder) {
     EXPECT_EQ((Strings{t.root(), t(L"one"), t(L"two")}), log.texts(CurrentFolderChanged));
     const Strings files{t(L"a.txt"), t(L"b.dat"), t(L"one\\c.txt"), t(L"two\\d.TXT")};
     EXPECT_EQ(files, log.texts(ExamineFile));
-    EXPECT_EQ(files, strings(r));
+    EXPECT_EQ(files, stringArray(r));
     EXPECT_EQ((Strings{L"", t.root(), t(L"one"), t(L"two")}), currentInHandler)
         << "CurrentFolder is empty at the start and set before CurrentFolderChanged";
     EXPECT_EQ(L"", current()) << "and empty again at the end";
@@ -223,7 +223,7 @@ TEST_F(FileSearchTest, SearchFolderIsSearchFolderExWithTheIndex) {
     Variant r;
     ASSERT_EQ(S_OK, fs->SearchFolder(&b, nullptr, &r));
     EXPECT_EQ(3, log.folderCount());
-    EXPECT_EQ(4u, strings(r).size());
+    EXPECT_EQ(4u, stringArray(r).size());
 }
 
 TEST_F(FileSearchTest, FilesAddedOrRemovedBetweenThePassesAreSeen) {
@@ -238,14 +238,14 @@ TEST_F(FileSearchTest, FilesAddedOrRemovedBetweenThePassesAreSeen) {
     };
     Variant r = search(t.root());
     EXPECT_EQ((Strings{t(L"a.txt"), t(L"b.dat"), t(L"one\\c.txt"), t(L"one\\new.txt"), t(L"two\\d.TXT")}),
-              strings(r));
+              stringArray(r));
 
     // Without the index a folder is listed after CurrentFolderChanged.
     log.onEvent = [&](DISPID id, const std::vector<Variant>& args) {
         if (id == CurrentFolderChanged && str(args[0]) == t(L"two")) t.file(L"two\\late.txt");
     };
     r = search(t.root(), nullptr, false);
-    EXPECT_EQ(t(L"two\\late.txt"), strings(r).back());
+    EXPECT_EQ(t(L"two\\late.txt"), stringArray(r).back());
 }
 
 // ------------------------------------------------------------------ without the index
@@ -261,7 +261,7 @@ TEST_F(FileSearchTest, WithoutIndexProgressCountsTheTopFoldersSubtrees) {
     EXPECT_EQ((std::vector<float>{50.0f, 100.0f}), log.progress());
     EXPECT_EQ((Strings{t.root(), t(L"one"), t(L"one\\deep"), t(L"two")}), log.texts(CurrentFolderChanged));
     EXPECT_EQ((Strings{t(L"a.txt"), t(L"b.dat"), t(L"one\\c.txt"), t(L"one\\deep\\e.txt"), t(L"two\\d.TXT")}),
-              strings(r))
+              stringArray(r))
         << "the same pre-order as with the index";
     EXPECT_EQ(L"", current());
 }
@@ -283,8 +283,8 @@ TEST_F(FileSearchTest, BothModesGiveTheSameFilesForADeeperTree) {
     Strings folders1 = log.texts(CurrentFolderChanged);
     log.calls.clear();
     Variant without = search(t.root(), nullptr, false);
-    EXPECT_EQ(12u, strings(withIndex).size());
-    EXPECT_EQ(strings(withIndex), strings(without));
+    EXPECT_EQ(12u, stringArray(withIndex).size());
+    EXPECT_EQ(stringArray(withIndex), stringArray(without));
     EXPECT_EQ(folders1, log.texts(CurrentFolderChanged));
     EXPECT_EQ(7, static_cast<int>(folders1.size()));
 }
@@ -304,7 +304,7 @@ TEST_F(FileSearchTest, CancelLeavesFilesOutButEveryFileIsStillExamined) {
         log.calls.clear();
         log.cancel = [](const std::wstring& f) { return f.find(L".txt") != std::wstring::npos; };
         r = search(t.root(), nullptr, index);
-        EXPECT_EQ((Strings{t(L"b.dat"), t(L"two\\d.TXT")}), strings(r)) << "only the files the sink let through";
+        EXPECT_EQ((Strings{t(L"b.dat"), t(L"two\\d.TXT")}), stringArray(r)) << "only the files the sink let through";
     }
 }
 
@@ -332,7 +332,7 @@ TEST_F(FileSearchTest, TrailingBackslashGivesChildPathsWithOneBackslash) {
         log.calls.clear();
         Variant r = search(t.root() + L"\\", nullptr, index);
         EXPECT_EQ((Strings{t.root() + L"\\", t(L"one"), t(L"two")}), log.texts(CurrentFolderChanged));
-        EXPECT_EQ((Strings{t(L"a.txt"), t(L"b.dat"), t(L"one\\c.txt"), t(L"two\\d.TXT")}), strings(r));
+        EXPECT_EQ((Strings{t(L"a.txt"), t(L"b.dat"), t(L"one\\c.txt"), t(L"two\\d.TXT")}), stringArray(r));
     }
 }
 
@@ -342,7 +342,7 @@ TEST_F(FileSearchTest, CriteriaFormsMatchCaseInsensitively) {
     auto names = [&](VARIANT* criteria) {
         log.calls.clear();
         Strings out;
-        for (const std::wstring& f : strings(search(t.root(), criteria))) out.push_back(f.substr(t.root().size() + 1));
+        for (const std::wstring& f : stringArray(search(t.root(), criteria))) out.push_back(f.substr(t.root().size() + 1));
         return out;
     };
     const Strings all{L"a.txt", L"b.dat", L"one\\c.txt", L"two\\d.TXT"};
@@ -391,7 +391,7 @@ TEST_F(FileSearchTest, UnicodeAndHiddenFilesKeepTheirNames) {
     for (bool index : {true, false}) {
         log.calls.clear();
         Variant r = search(t.root(), nullptr, index);
-        EXPECT_EQ((Strings{t(L"hidden.txt"), t(file)}), strings(r));
+        EXPECT_EQ((Strings{t(L"hidden.txt"), t(file)}), stringArray(r));
         EXPECT_EQ((Strings{t.root(), t(folder)}), log.texts(CurrentFolderChanged));
     }
 }
@@ -436,7 +436,7 @@ TEST_F(FileSearchTest, FailingHandlersDoNotStopTheSearch) {
     failing.connect(fs.get(), DIID___FileSearch);
     Variant r = search(t.root());
     EXPECT_EQ("IiSFEEPFEPFEPC", failing.outline());
-    EXPECT_EQ(4u, strings(r).size());
+    EXPECT_EQ(4u, stringArray(r).size());
 }
 
 TEST_F(FileSearchTest, FoldersThatVanishEndOnlyTheirPartOfTheSearch) {
@@ -448,7 +448,7 @@ TEST_F(FileSearchTest, FoldersThatVanishEndOnlyTheirPartOfTheSearch) {
     Variant r = search(t.root());
     EXPECT_EQ((Strings{t.root(), t(L"one"), t(L"two")}), log.texts(CurrentFolderChanged))
         << "every indexed line is entered";
-    EXPECT_EQ((Strings{t(L"a.txt"), t(L"b.dat"), t(L"two\\d.TXT")}), strings(r));
+    EXPECT_EQ((Strings{t(L"a.txt"), t(L"b.dat"), t(L"two\\d.TXT")}), stringArray(r));
     EXPECT_EQ(100.0f, log.progress().back());
 
     Tree u;
@@ -475,11 +475,11 @@ TEST_F(FileSearchTest, AHandlerMayReleaseTheObjectOrSearchAgain) {
             BSTR b = p.get();
             Variant inner;
             fs->SearchFolderEx(&b, nullptr, nullptr, &inner);
-            EXPECT_EQ((Strings{t(L"two\\d.TXT")}), strings(inner));
+            EXPECT_EQ((Strings{t(L"two\\d.TXT")}), stringArray(inner));
         }
     };
     Variant r = search(t.root());
-    EXPECT_EQ(4u, strings(r).size());
+    EXPECT_EQ(4u, stringArray(r).size());
     EXPECT_EQ(L"", current());
 
     // The client lets go of its last reference in the middle of a search.
@@ -495,7 +495,7 @@ TEST_F(FileSearchTest, AHandlerMayReleaseTheObjectOrSearchAgain) {
     _FileSearch* raw = fs.get();
     EXPECT_EQ(S_OK, raw->SearchFolderEx(&b, nullptr, nullptr, &out));
     EXPECT_FALSE(fs);
-    EXPECT_EQ(4u, strings(out).size()) << "the search went on to its end";
+    EXPECT_EQ(4u, stringArray(out).size()) << "the search went on to its end";
 }
 
 // A window of the client's, to see its messages handled while a search runs.
@@ -541,7 +541,7 @@ TEST_F(FileSearchTest, LateBoundWithScriptArgumentsAndDefaultIndex) {
     call(r, d.get(), L"SearchFolderEx", DISPATCH_METHOD, {vRef(&path), vRef(&criteria)});
     ASSERT_EQ(S_OK, r.hr);
     EXPECT_EQ(3, log.folderCount()) << "fCreateIndex left out: True";
-    EXPECT_EQ((Strings{t(L"a.txt"), t(L"one\\c.txt"), t(L"two\\d.TXT")}), strings(r.value));
+    EXPECT_EQ((Strings{t(L"a.txt"), t(L"one\\c.txt"), t(L"two\\d.TXT")}), stringArray(r.value));
 
     CallResult none;
     Variant missing(t(L"nothing").c_str());

@@ -158,16 +158,19 @@ TEST_F(GDIMethodsTest, LinearGradientsHaveExactPixels) {
         gdi->DrawLinearGradient2(s.handle(), &r, 0, kWhite, k.d, &ok);
         EXPECT_EQ(RGB(k.expected, k.expected, k.expected), s.pixel(k.x, k.y)) << k.d << " at " << k.x << "," << k.y;
     }
-    // Only the visible part is computed, band by band, with its place in the whole area.
-    Canvas part(3, 300);
+    // Only the visible part is computed, band by band (300 x 300 takes two), with
+    // its place in the whole area.
+    Canvas part(300, 300);
     gdi->DrawLinearGradient(part.handle(), -2, 0, 3, 1, 0, kWhite, tovaGradientHorizontal, &ok);
     EXPECT_EQ(RGB(128, 128, 128), part.pixel(0, 0));
     EXPECT_EQ(RGB(191, 191, 191), part.pixel(1, 0));
-    gdi->DrawLinearGradient(part.handle(), 0, 0, 3, 300, 0, kWhite, tovaGradientVertical, &ok);
+    gdi->DrawLinearGradient(part.handle(), 0, 0, 300, 300, 0, kWhite, tovaGradientVertical, &ok);
     for (int y = 0; y < 300; y += 23) {
         const int v = (2 * 255 * y + 299) / (2 * 299);
         EXPECT_EQ(RGB(v, v, v), part.pixel(2, y)) << y;
     }
+    gdi->DrawLinearGradient(part.handle(), 0, 0, 300, 300, 0, kWhite, tovaGradientHorizontal, &ok);
+    for (int x = 0; x < 300; x += 37) EXPECT_EQ(part.pixel(x, 0), part.pixel(x, 299)) << "a repeated band, " << x;
 
     Canvas one(2, 2);
     gdi->DrawLinearGradient(one.handle(), 0, 0, 1, 1, kRed, kBlue, tovaGradientDiagonalUp, &ok);

@@ -17,13 +17,6 @@ VARIANT vNull() {
     return v;
 }
 
-VARIANT vText(const wchar_t* s) {   // leaks nothing: the caller's Variant frees it
-    VARIANT v;
-    V_VT(&v) = VT_BSTR;
-    V_BSTR(&v) = SysAllocString(s);
-    return v;
-}
-
 int ticks = 0;
 void CALLBACK countTick(HWND, UINT, UINT_PTR, DWORD) { ++ticks; }
 

@@ -81,8 +81,6 @@ protected:
     VARIANT_BOOL ok = VARIANT_FALSE;
 };
 
-int luminance(COLORREF c) { return (299 * GetRValue(c) + 587 * GetGValue(c) + 114 * GetBValue(c)) / 1000; }
-
 }  // namespace
 
 TEST_F(PaintMethodsTest, MaskedDisabledEmbossedShadowed) {

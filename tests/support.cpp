@@ -220,13 +220,14 @@ Rerun rerunAsVersion(const char* version, const std::string& filter) {
     GetModuleFileNameA(nullptr, exe, MAX_PATH);
     const char* base = std::strrchr(exe, '\\');
     const std::string key = std::string("Software\\Wine\\AppDefaults\\") + (base ? base + 1 : exe);
-    HKEY k = nullptr;
     Rerun r;
-    if (RegCreateKeyExA(HKEY_CURRENT_USER, key.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, &k, nullptr))
-        return r;
-    RegSetValueExA(k, "Version", 0, REG_SZ, reinterpret_cast<const BYTE*>(version),
-                   static_cast<DWORD>(std::strlen(version) + 1));
-    RegCloseKey(k);
+    {
+        tova::RegistryKey k;
+        if (RegCreateKeyExA(HKEY_CURRENT_USER, key.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, k.put(), nullptr))
+            return r;
+        RegSetValueExA(k.get(), "Version", 0, REG_SZ, reinterpret_cast<const BYTE*>(version),
+                       static_cast<DWORD>(std::strlen(version) + 1));
+    }
     SetEnvironmentVariableA("TOVA_CONFIGURED_VERSION", version);
     std::string cmd = std::string("\"") + exe + "\" --gtest_filter=" + filter;
     STARTUPINFOA si{sizeof si};
@@ -240,10 +241,10 @@ Rerun rerunAsVersion(const char* version, const std::string& filter) {
     }
     SetEnvironmentVariableA("TOVA_CONFIGURED_VERSION", nullptr);
     if (r.started) {
-        WaitForSingleObject(pi.hProcess, 60000);
+        const tova::ObjectHandle process(pi.hProcess), thread(pi.hThread);
+        // A child that hangs must not outlive its configuration, nor the run.
+        if (WaitForSingleObject(pi.hProcess, 60000) == WAIT_TIMEOUT) TerminateProcess(pi.hProcess, 1);
         GetExitCodeProcess(pi.hProcess, &r.code);
-        CloseHandle(pi.hProcess);
-        CloseHandle(pi.hThread);
     }
     RegDeleteKeyA(HKEY_CURRENT_USER, key.c_str());
     return r;

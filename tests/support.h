@@ -97,6 +97,21 @@ IRecordInfo* rectInfo();
 // A Variant array of Longs.
 Variant longArray(std::initializer_list<long> values);
 std::vector<long> arrayLongs(const VARIANT& v);
+// The strings of a Variant array result; {"<Empty>"} for Empty, {"<other>"} for anything else.
+inline std::vector<std::wstring> strings(const VARIANT& v) {
+    if (V_VT(&v) == VT_EMPTY) return {L"<Empty>"};
+    if (V_VT(&v) != (VT_ARRAY | VT_VARIANT) || SafeArrayGetDim(V_ARRAY(&v)) != 1) return {L"<other>"};
+    LONG lo = 0, hi = -1;
+    SafeArrayGetLBound(V_ARRAY(&v), 1, &lo);
+    SafeArrayGetUBound(V_ARRAY(&v), 1, &hi);
+    std::vector<std::wstring> out;
+    for (LONG i = lo; i <= hi; ++i) {
+        Variant e;
+        SafeArrayGetElement(V_ARRAY(&v), &i, &e);
+        out.push_back(V_VT(&e) == VT_BSTR ? std::wstring(V_BSTR(&e), SysStringLen(V_BSTR(&e))) : L"<not a String>");
+    }
+    return out;
+}
 
 // Runs this test program again with the Windows version Wine reports set to
 // `version` (win98, nt40, ...) and only the tests `filter`, with

@@ -96,7 +96,6 @@ HICON redIcon() {
     HBITMAP colour = CreateDIBSection(nullptr, &bi, DIB_RGB_COLORS, reinterpret_cast<void**>(&bits), nullptr, 0);
     for (int i = 0; i < 256; ++i) bits[i] = 0x00FF0000;
     HBITMAP mask = CreateBitmap(16, 16, 1, 1, nullptr);
-    { tova::WindowDc screen(nullptr); }
     HDC dc = CreateCompatibleDC(nullptr);
     HGDIOBJ old = SelectObject(dc, mask);
     PatBlt(dc, 0, 0, 16, 16, BLACKNESS);
@@ -582,11 +581,10 @@ TEST(TooltipFallback, PlainPopupUnderOlderSystems) {
     EXPECT_EQ(0, V_I4(&log.calls[0].args[0]));
     const HWND popup = popupOf(t.get());
     EXPECT_EQ(0, GetWindowLongW(popup, GWL_EXSTYLE) & WS_EX_LAYERED);
-    HRGN rgn = CreateRectRgn(0, 0, 0, 0);
-    ASSERT_NE(ERROR, GetWindowRgn(popup, rgn));
-    EXPECT_FALSE(PtInRegion(rgn, 0, 12)) << "the balloon's corner is outside";
-    EXPECT_TRUE(PtInRegion(rgn, 20, 30));
-    DeleteObject(rgn);
+    tova::GdiObject<HRGN> rgn(CreateRectRgn(0, 0, 0, 0));
+    ASSERT_NE(ERROR, GetWindowRgn(popup, rgn.get()));
+    EXPECT_FALSE(PtInRegion(rgn.get(), 0, 12)) << "the balloon's corner is outside";
+    EXPECT_TRUE(PtInRegion(rgn.get(), 20, 30));
     const RECT r = windowRect(popup);
     EXPECT_NE(popup, WindowFromPoint(POINT{r.left + 20, r.top + 30})) << "transparent to the mouse";
 

@@ -13,8 +13,8 @@ Sub Check(ok, what)
     End If
 End Sub
 
-Function RaisedBy(code)
-    RaisedBy = Err.Number
+Function ErrorOf()
+    ErrorOf = Err.Number
     Err.Clear
 End Function
 
@@ -32,9 +32,9 @@ Check a.UnsignedToLong(4294967295) = -1, "UnsignedToLong"
 Check a.ShiftLeft(1, 31) = &H80000000 And a.ShiftRight(&H80000000, 31, True) = -1, "shifts"
 On Error Resume Next
 a.UnsignedToLong 4294967296
-Check RaisedBy(0) = 6, "UnsignedToLong beyond 32 bits raises 6"
+Check ErrorOf() = 6, "UnsignedToLong beyond 32 bits raises 6"
 a.ShiftLeft 1, 32
-Check RaisedBy(0) = 5, "a shift of 32 raises 5"
+Check ErrorOf() = 5, "a shift of 32 raises 5"
 On Error GoTo 0
 g = a.CreateGUID
 Check Len(g) = 38 And a.IsGUID(g) And Len(a.CreateGUID(False)) = 36, "CreateGUID with and without braces"
@@ -78,9 +78,9 @@ Check a.ColorToHTML(&H30201) = "#010203" And a.HTMLToColor("#fff") = &HFFFFFF An
 Check a.TranslateColor(&H80000005) = a.GetSystemColor(5) And a.TranslateColor(&H800000FF) = -1, "TranslateColor"
 On Error Resume Next
 a.MakeColor -1, 0, 0
-Check RaisedBy(0) = 5, "MakeColor of a negative channel raises 5"
+Check ErrorOf() = 5, "MakeColor of a negative channel raises 5"
 a.Beep 20
-Check RaisedBy(0) = 5, "Beep below 37 Hz raises 5"
+Check ErrorOf() = 5, "Beep below 37 Hz raises 5"
 On Error GoTo 0
 Check a.SetClipboardText("from a script") And a.GetClipboardText = "from a script", "clipboard"
 Check a.ClearClipboard And a.GetClipboardText = "", "ClearClipboard"
@@ -129,13 +129,13 @@ m.Pause 50
 Check m.ReadStopwatch(x) >= 45, "stopwatch"
 On Error Resume Next
 m.Modulo 1, 0
-Check RaisedBy(0) = 11, "Modulo by zero raises 11"
+Check ErrorOf() = 11, "Modulo by zero raises 11"
 m.IIf "x", 1, 2
-Check RaisedBy(0) = 13, "IIf of text without a truth value raises 13"
+Check ErrorOf() = 13, "IIf of text without a truth value raises 13"
 m.Clamp 1, 3, 0
-Check RaisedBy(0) = 5, "Clamp with Minimum above Maximum raises 5"
+Check ErrorOf() = 5, "Clamp with Minimum above Maximum raises 5"
 m.MinOf Array(1, "a")
-Check RaisedBy(0) = 13, "MinOf of numbers and text raises 13"
+Check ErrorOf() = 13, "MinOf of numbers and text raises 13"
 On Error GoTo 0
 
 If failures = 0 Then
